@@ -8,16 +8,16 @@
 
 namespace Zelm::Testing {
 
-/// Runs `action` and reports unless it throws exactly an `Expected` (no class derived from it) whose text is `text`.
+/// Runs `action` and reports unless it throws exactly an `Expected` (no class derived from it) whose text is
+/// `text`.
 template <class Expected, class Action>
 ::testing::AssertionResult throwsExactly(const std::string& text, Action&& action) {
     try {
         action();
     } catch (const std::exception& error) {
         if (typeid(error) != typeid(Expected)) {
-            return ::testing::AssertionFailure()
-                   << "expected " << typeid(Expected).name() << ", got " << typeid(error).name()
-                   << " with \"" << error.what() << '"';
+            return ::testing::AssertionFailure() << "expected " << typeid(Expected).name() << ", got "
+                                                 << typeid(error).name() << " with \"" << error.what() << '"';
         }
         if (text != error.what()) {
             return ::testing::AssertionFailure()

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <zelm/variant/MutableVariant.h>
+#include <zelm/variant/Struct.h>
+#include <zelm/variant/Variant.h>
+#include <zelm/variant/VectorVariantStorage.h>
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace Zelm::details {
+
+/// The library's own way to the storage of a value. Not for applications: nothing here keeps copies apart.
+struct VariantAccess {
+    /// The storage; null only after a move.
+    template <class AnyVariant>
+    static std::shared_ptr<AbstractVariantStorage>& storage(AnyVariant& value) noexcept {
+        return value.storage;
+    }
+    template <class AnyVariant>
+    static const std::shared_ptr<AbstractVariantStorage>& storage(const AnyVariant& value) noexcept {
+        return value.storage;
+    }
+    template <class AnyVariant>
+    static auto& compare(AnyVariant& value) noexcept {
+        return value.compare;
+    }
+
+    /// The typed storage, null if the value holds another type or nothing.
+    template <class T, class AnyVariant>
+    static const VectorVariantStorage<T>* typed(const AnyVariant& value) noexcept {
+        return storageOf<T>(static_cast<const AbstractVariantStorage*>(value.storage.get()));
+    }
+    /// The same to write to, also null if anybody shares the storage.
+    template <class T, class AnyVariant>
+    static VectorVariantStorage<T>* soleTyped(AnyVariant& value) noexcept {
+        return value.storage.use_count() == 1 ? storageOf<T>(value.storage.get()) : nullptr;
+    }
+    /// The shape without a copy; empty after a move.
+    template <class AnyVariant>
+    static const ArrayDimensions& shape(const AnyVariant& value) {
+        return value.storage ? shapeOf(*value.storage) : emptyShape();
+    }
+
+    /// A value with these elements in exactly this shape. Throws `std::length_error` "Dimensions don't match
+    /// size".
+    template <class T>
+    static Variant make(std::vector<StoredElement<T>> elements, ArrayDimensions dimensions,
+                        DataOrdering ordering) {
+        return Variant(
+            std::make_shared<VectorVariantStorage<T>>(std::move(elements), std::move(dimensions), ordering),
+            &compareStorages<T>);
+    }
+    /// Puts a storage of element type `T` into `value`.
+    template <class T, class AnyVariant>
+    static void install(AnyVariant& value, std::shared_ptr<AbstractVariantStorage> storage) noexcept {
+        value.storage = std::move(storage);
+        value.compare = &compareStorages<T>;
+    }
+    /// Converts in place, with a check on every element; nothing happens if the type is `T` already.
+    template <class T>
+    static void convert(Variant& value);
+
+    static auto& fields(Struct& record) noexcept { return record.fields_; }
+    static const auto& fields(const Struct& record) noexcept { return record.fields_; }
+
+private:
+    static const ArrayDimensions& emptyShape();
+};
+
+#define ZELM_EXTERN(type, Name, value_, keyword) extern template void VariantAccess::convert<type>(Variant&);
+ZELM_FOR_EACH_ELEMENT_TYPE(ZELM_EXTERN)
+#undef ZELM_EXTERN
+
+} // namespace Zelm::details
