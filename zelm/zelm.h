@@ -1,0 +1,28 @@
+#pragma once
+
+/// Everything public of ZelmFoundation.
+
+#include <zelm/arrays/ArrayDimensions.h>
+#include <zelm/arrays/ArrayIndexing.h>
+#include <zelm/arrays/IndexMapper.h>
+#include <zelm/arrays/IndexSet.h>
+#include <zelm/arrays/SliceFlattener.h>
+#include <zelm/json/JSONFormatter.h>
+#include <zelm/text/TextConversions.h>
+#include <zelm/text/ZString.h>
+#include <zelm/text/ZStringView.h>
+#include <zelm/tree/ZDirty.h>
+#include <zelm/tree/ZObject.h>
+#include <zelm/tree/ZObjectMetadata.h>
+#include <zelm/tree/ZObserver.h>
+#include <zelm/tree/ZPropertyTree.h>
+#include <zelm/units/ZSystemOfUnits.h>
+#include <zelm/units/ZUnit.h>
+#include <zelm/units/ZUnitDimensions.h>
+#include <zelm/units/ZUnitType.h>
+#include <zelm/variables/ZVariable.h>
+#include <zelm/variant/MutableVariant.h>
+#include <zelm/variant/Struct.h>
+#include <zelm/variant/Variant.h>
+#include <zelm/variant/VariantOps.h>
+#include <zelm/variant/WellKnownType.h>
