@@ -1,0 +1,54 @@
+#pragma once
+
+#include <zelm/arrays/IndexSet.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace Zelm::details {
+
+/// The numbers `first`, `first + step`, ..., `count` of them.
+struct IndexRun {
+    std::uint64_t first = 0;
+    std::uint64_t step = 1;
+    std::uint64_t count = 0;
+
+    std::uint64_t last() const noexcept { return first + (count - 1) * step; }
+};
+
+/// @throws std::length_error "vector<T> too long", always.
+[[noreturn]] void throwVectorTooLong();
+
+/// The indices of a range over a dimension of that extent, without a list of them. Fails as
+/// `IndexRange::values` does.
+IndexRun runOf(const IndexRange& range, std::uint64_t extent);
+
+/// Appends the numbers of `run` to `list`.
+/// @throws std::length_error "vector<T> too long" for more than a vector can hold.
+void append(std::vector<std::uint64_t>& list, const IndexRun& run);
+
+/// The indices of one dimension that an `IndexSet` selects: ascending, without doubles, and stored as runs.
+/// A selection that is one run, as a single index or a range is, takes no memory and no loop.
+class IndexSelection {
+public:
+    /// @throws what the `values` of the items throw, in the order of the items.
+    IndexSelection(const IndexSet& set, std::uint64_t extent);
+
+    /// The number of indices.
+    std::uint64_t size() const noexcept { return size_; }
+    bool isOneRun() const noexcept { return runs_.empty(); }
+
+    /// The runs, ascending. A run of one index has the step 1.
+    const IndexRun* begin() const noexcept { return isOneRun() ? &only_ : runs_.data(); }
+    const IndexRun* end() const noexcept { return isOneRun() ? &only_ + 1 : runs_.data() + runs_.size(); }
+
+private:
+    void setOnly(const IndexRun& run) noexcept;
+    void setSorted(const std::vector<std::uint64_t>& indices);
+
+    IndexRun only_;
+    std::vector<IndexRun> runs_;
+    std::uint64_t size_ = 0;
+};
+
+} // namespace Zelm::details

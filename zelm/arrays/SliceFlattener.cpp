@@ -1,0 +1,24 @@
+#include <zelm/arrays/SliceFlattener.h>
+
+#include <zelm/arrays/SlicePlan.h>
+
+namespace Zelm {
+
+SliceFlattener::SliceFlattener(const std::vector<IndexSet>& indexSets, const ArrayDimensions& dims,
+                               DataOrdering sourceOrdering, DataOrdering sliceOrdering) {
+    computeOffsets(indexSets, dims, sourceOrdering, sliceOrdering);
+}
+
+void SliceFlattener::computeOffsets(const std::vector<IndexSet>& indexSets, const ArrayDimensions& dims,
+                                    DataOrdering sourceOrdering, DataOrdering sliceOrdering) {
+    const details::SlicePlan plan(indexSets, dims, sourceOrdering, sliceOrdering);
+    valid_ = plan.isValid();
+    sliceDimension_ = plan.dimensions();
+    if (plan.size() > offsets_.max_size()) {
+        details::throwVectorTooLong();
+    }
+    offsets_.reserve(plan.size());
+    plan.forEachRun([this](const details::IndexRun& run) { details::append(offsets_, run); });
+}
+
+} // namespace Zelm
