@@ -1,0 +1,34 @@
+#pragma once
+
+#include <zelm/Export.h>
+#include <zelm/text/ZString.h>
+#include <zelm/tree/ZObject.h>
+
+namespace Zelm {
+
+/// The value form of a link to another object of a document. Its child "Link" is a copy of the linked object
+/// as it last was; its metadata say where that object is ("_path") and of what type ("_type").
+class ZELM_EXPORT ZObserver : public ZObject {
+public:
+    /// "_Observer".
+    static ZString objectType();
+
+    ZObserver();
+    /// Throws `std::logic_error` "_Observer expected but not found" for an object of another type.
+    ZObserver(ZGenericObject object);
+
+    ZObserver(const ZObserver&) = default;
+    ZObserver(ZObserver&&) noexcept = default;
+    ZObserver& operator=(const ZObserver&) = default;
+    ZObserver& operator=(ZObserver&&) noexcept = default;
+    ~ZObserver() override;
+
+    /// The path of the linked object relative to the link; empty if it is unknown.
+    ZString linkedPath() const;
+    /// An empty path removes the entry.
+    void setLinkedPath(ZString path);
+    /// Records the object type of the linked object.
+    void setLinkType(ZString type);
+};
+
+} // namespace Zelm
