@@ -2,6 +2,7 @@
 
 #include <zelm/Export.h>
 
+#include <cassert>
 #include <cstdint>
 #include <initializer_list>
 #include <utility>
@@ -32,9 +33,15 @@ public:
     }
 
     /// The extent of a dimension; the index is not checked.
-    std::uint64_t operator[](std::uint64_t dimension) const noexcept { return extents_[dimension]; }
+    std::uint64_t operator[](std::uint64_t dimension) const noexcept {
+        assert(dimension < extents_.size());
+        return extents_[dimension];
+    }
     /// The extent of a dimension, writable; the index is not checked.
-    std::uint64_t& operator[](std::uint64_t dimension) noexcept { return extents_[dimension]; }
+    std::uint64_t& operator[](std::uint64_t dimension) noexcept {
+        assert(dimension < extents_.size());
+        return extents_[dimension];
+    }
 
     const_iterator begin() const noexcept { return extents_.begin(); }
     const_iterator end() const noexcept { return extents_.end(); }

@@ -29,8 +29,9 @@ IndexValue* IndexValue::clone() const {
 }
 
 std::vector<std::uint64_t> IndexRange::values(std::uint64_t extent) const {
-    std::vector<std::uint64_t> indices;
-    details::append(indices, details::runOf(*this, extent));
+    const details::IndexRun run = details::runOf(*this, extent);
+    std::vector<std::uint64_t> indices(run.count);
+    run.writeTo(indices.data());
     return indices;
 }
 

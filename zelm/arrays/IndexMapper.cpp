@@ -32,10 +32,7 @@ IndexMapper::IndexMapper(const IndexSet& set, const ArrayDimensions& dims, DataO
     }
     const details::IndexSelection selection(set, extent);
     sliceDimension_ = {selection.size()};
-    offsets_.reserve(selection.size());
-    for (const details::IndexRun& run : selection) {
-        details::append(offsets_, run);
-    }
+    offsets_ = selection.list();
     if (!dims.isVector() && sourceOrdering != targetOrdering) {
         mapNumbers(offsets_, dims, sourceOrdering, targetOrdering);
     }

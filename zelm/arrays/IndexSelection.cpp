@@ -9,6 +9,15 @@ namespace Zelm::details {
 
 namespace {
 
+void append(std::vector<std::uint64_t>& list, const IndexRun& run) {
+    if (run.count > list.max_size() - list.size()) {
+        throwVectorTooLong();
+    }
+    const std::size_t before = list.size();
+    list.resize(before + run.count);
+    run.writeTo(list.data() + before);
+}
+
 /// Whether the item is of the class `Item` itself, so that what it selects is known without asking it.
 template <class Item>
 const Item* exactly(const IndexItem& item) {
@@ -70,18 +79,6 @@ IndexRun runOf(const IndexRange& range, std::uint64_t extent) {
     return {first, range.step, count};
 }
 
-void append(std::vector<std::uint64_t>& list, const IndexRun& run) {
-    if (run.count > list.max_size() - list.size()) {
-        throwVectorTooLong();
-    }
-    const std::size_t before = list.size();
-    list.resize(before + run.count);
-    std::uint64_t next = run.first;
-    for (std::size_t i = before; i < list.size(); ++i, next += run.step) {
-        list[i] = next;
-    }
-}
-
 IndexSelection::IndexSelection(const IndexSet& set, std::uint64_t extent) {
     if (set.items_.size() == 1) {
         const IndexItem& item = *set.items_.front();
@@ -100,6 +97,15 @@ IndexSelection::IndexSelection(const IndexSet& set, std::uint64_t extent) {
     }
     sortWithoutDoubles(indices);
     setSorted(indices);
+}
+
+std::vector<std::uint64_t> IndexSelection::list() const {
+    std::vector<std::uint64_t> indices(size_);
+    std::uint64_t* out = indices.data();
+    for (const IndexRun& run : *this) {
+        out = run.writeTo(out);
+    }
+    return indices;
 }
 
 void IndexSelection::setOnly(const IndexRun& run) noexcept {

@@ -14,6 +14,15 @@ struct IndexRun {
     std::uint64_t count = 0;
 
     std::uint64_t last() const noexcept { return first + (count - 1) * step; }
+
+    /// Writes the numbers to `out` and returns the place behind them.
+    std::uint64_t* writeTo(std::uint64_t* out) const noexcept {
+        std::uint64_t next = first;
+        for (std::uint64_t i = 0; i < count; ++i, next += step) {
+            out[i] = next;
+        }
+        return out + count;
+    }
 };
 
 /// @throws std::length_error "vector<T> too long", always.
@@ -22,10 +31,6 @@ struct IndexRun {
 /// The indices of a range over a dimension of that extent, without a list of them. Fails as
 /// `IndexRange::values` does.
 IndexRun runOf(const IndexRange& range, std::uint64_t extent);
-
-/// Appends the numbers of `run` to `list`.
-/// @throws std::length_error "vector<T> too long" for more than a vector can hold.
-void append(std::vector<std::uint64_t>& list, const IndexRun& run);
 
 /// The indices of one dimension that an `IndexSet` selects: ascending, without doubles, and stored as runs.
 /// A selection that is one run, as a single index or a range is, takes no memory and no loop.
@@ -37,6 +42,9 @@ public:
     /// The number of indices.
     std::uint64_t size() const noexcept { return size_; }
     bool isOneRun() const noexcept { return runs_.empty(); }
+
+    /// The indices as a list.
+    std::vector<std::uint64_t> list() const;
 
     /// The runs, ascending. A run of one index has the step 1.
     const IndexRun* begin() const noexcept { return isOneRun() ? &only_ : runs_.data(); }

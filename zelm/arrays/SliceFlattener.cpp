@@ -17,8 +17,9 @@ void SliceFlattener::computeOffsets(const std::vector<IndexSet>& indexSets, cons
     if (plan.size() > offsets_.max_size()) {
         details::throwVectorTooLong();
     }
-    offsets_.reserve(plan.size());
-    plan.forEachRun([this](const details::IndexRun& run) { details::append(offsets_, run); });
+    offsets_.resize(plan.size());
+    std::uint64_t* out = offsets_.data();
+    plan.forEachRun([&out](const details::IndexRun& run) { out = run.writeTo(out); });
 }
 
 } // namespace Zelm
