@@ -1,12 +1,14 @@
 #pragma once
 
+#include <zelm/Export.h>
+
 namespace Zelm {
 
 /// A complex number with integer or boolean parts; the floating kinds are `std::complex`. The second
 /// parameter is 0 for every type that the library holds. The two parts lie side by side, real part first, as
 /// in `std::complex`.
 template <class T, int = 0>
-class Complex {
+class ZELM_EXPORT Complex {
 public:
     using value_type = T;
 

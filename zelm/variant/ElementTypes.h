@@ -1,5 +1,6 @@
 #pragma once
 
+#include <zelm/Export.h>
 #include <zelm/text/ZString.h>
 #include <zelm/variant/Complex.h>
 #include <zelm/variant/WellKnownType.h>
@@ -58,7 +59,7 @@ template <class T>
 using RealPartOf = typename RealPart<T>::type;
 
 /// A `bool` in a vector of its own byte, so that elements can be pointed at.
-struct Boolean {
+struct ZELM_EXPORT Boolean {
     bool value = false;
 
     constexpr Boolean() noexcept = default;
