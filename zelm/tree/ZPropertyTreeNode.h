@@ -67,9 +67,8 @@ public:
 
     void setValue(Value value);
     void setObjectType(Key objectType);
-    /// Stores a new node of this version in place of whatever was there, type and subtree included. The
-    /// reference holds until the child is replaced or erased.
-    ZPropertyTreeNode& addChild(const Key& name, Value value = Value());
+    /// Stores a new node of this version in place of whatever was there, type and subtree included.
+    std::shared_ptr<ZPropertyTreeNode> addChild(const Key& name, Value value = Value());
     /// Shares `node`, which may belong to any tree. It must not be this node or one above it: that cycle
     /// would never be freed.
     void attachChild(const Key& name, NodePointer node);

@@ -1,0 +1,167 @@
+#include <zelm/tree/ZPropertyTreeNode.h>
+
+#include <algorithm>
+#include <new>
+#include <utility>
+#include <vector>
+
+namespace Zelm::Private {
+
+namespace {
+
+/// Destroying the children of a node destroys theirs in turn: a deep tree would overflow the stack. So only
+/// the outermost destructor on a thread lets go of children, and those that it sets off hand theirs over to
+/// it.
+template <class Children>
+class ChildrenRelease {
+public:
+    static void release(Children& children) noexcept {
+        if (s_running) {
+            s_running->take(children);
+            return;
+        }
+        ChildrenRelease outermost;
+        outermost.take(children);
+        s_running = &outermost;
+        while (!outermost.pending_.empty()) {
+            const Children next = std::move(outermost.pending_.back());
+            outermost.pending_.pop_back();
+        }
+        s_running = nullptr;
+    }
+
+private:
+    void take(Children& children) noexcept {
+        try {
+            pending_.push_back(std::move(children));
+        } catch (const std::bad_alloc&) {
+            // Still untouched: the node's own destructor lets go of them, at the price of recursion.
+        }
+    }
+
+    static thread_local ChildrenRelease* s_running;
+
+    std::vector<Children> pending_;
+};
+
+template <class Children>
+thread_local ChildrenRelease<Children>* ChildrenRelease<Children>::s_running = nullptr;
+
+/// Whether letting go of `node` would destroy more than a leaf.
+template <class NodePointer>
+bool ownsSubtree(const NodePointer& node) {
+    return node.use_count() == 1 && !node->children().empty();
+}
+
+template <class Node>
+bool alikeButForChildren(const Node& a, const Node& b) {
+    return a.children().size() == b.children().size() && a.value().isEquivalentTo(b.value());
+}
+
+} // namespace
+
+template <class Key, class Value, class GenerationFactory>
+ZPropertyTreeNode<Key, Value, GenerationFactory>::ZPropertyTreeNode(ZPropertyVersion version, Value value,
+                                                                    Key objectType)
+    : value_(std::move(value)), version_(version) {
+    setObjectType(std::move(objectType));
+}
+
+template <class Key, class Value, class GenerationFactory>
+ZPropertyTreeNode<Key, Value, GenerationFactory>::~ZPropertyTreeNode() {
+    if (std::any_of(children_.begin(), children_.end(),
+                    [](const auto& child) { return ownsSubtree(child.node); })) {
+        ChildrenRelease<Children>::release(children_);
+    }
+}
+
+template <class Key, class Value, class GenerationFactory>
+const Key& ZPropertyTreeNode<Key, Value, GenerationFactory>::objectType() const noexcept {
+    // Never destroyed: objects of static lifetime may ask for it at the very end.
+    static const Key& s_none = *new Key();
+    return objectType_ ? *objectType_ : s_none;
+}
+
+template <class Key, class Value, class GenerationFactory>
+bool ZPropertyTreeNode<Key, Value, GenerationFactory>::isEquivalentTo(const ZPropertyTreeNode& other) const {
+    if (!alikeButForChildren(*this, other)) {
+        return false;
+    }
+    std::vector<std::pair<const ZPropertyTreeNode*, const ZPropertyTreeNode*>> pending{{this, &other}};
+    while (!pending.empty()) {
+        const auto [a, b] = pending.back();
+        pending.pop_back();
+        auto inB = b->children_.begin();
+        for (const auto& [name, child] : a->children_) {
+            const auto counterpart = *inB;
+            ++inB;
+            if (name != counterpart.name || !alikeButForChildren(*child, *counterpart.node)) {
+                return false;
+            }
+            if (!child->children_.empty()) {
+                pending.emplace_back(child.get(), counterpart.node.get());
+            }
+        }
+    }
+    return true;
+}
+
+template <class Key, class Value, class GenerationFactory>
+auto ZPropertyTreeNode<Key, Value, GenerationFactory>::clone(ZPropertyVersion version) const
+    -> std::shared_ptr<ZPropertyTreeNode> {
+    auto copy = std::make_shared<ZPropertyTreeNode>(version, value_, objectType());
+    copy->children_ = children_;
+    return copy;
+}
+
+template <class Key, class Value, class GenerationFactory>
+void ZPropertyTreeNode<Key, Value, GenerationFactory>::setValue(Value value) {
+    value_ = std::move(value);
+}
+
+template <class Key, class Value, class GenerationFactory>
+void ZPropertyTreeNode<Key, Value, GenerationFactory>::setObjectType(Key objectType) {
+    if (objectType_) {
+        *objectType_ = std::move(objectType);
+    } else if (!objectType.empty()) {
+        objectType_ = std::make_unique<Key>(std::move(objectType));
+    }
+}
+
+template <class Key, class Value, class GenerationFactory>
+auto ZPropertyTreeNode<Key, Value, GenerationFactory>::addChild(const Key& name, Value value)
+    -> std::shared_ptr<ZPropertyTreeNode> {
+    auto child = std::make_shared<ZPropertyTreeNode>(version_, std::move(value));
+    children_.insert(name, child);
+    return child;
+}
+
+template <class Key, class Value, class GenerationFactory>
+void ZPropertyTreeNode<Key, Value, GenerationFactory>::attachChild(const Key& name, NodePointer node) {
+    children_.insert(name, std::move(node));
+}
+
+template <class Key, class Value, class GenerationFactory>
+void ZPropertyTreeNode<Key, Value, GenerationFactory>::eraseChild(ZStringView name) {
+    children_.erase(name);
+}
+
+template <class Key, class Value, class GenerationFactory>
+auto ZPropertyTreeNode<Key, Value, GenerationFactory>::ownedChild(const Key& name)
+    -> std::shared_ptr<ZPropertyTreeNode> {
+    const NodePointer* child = children_.find(name);
+    if (!child) {
+        return nullptr;
+    }
+    if ((*child)->version_ == version_) {
+        // Made by the version that is writing now, so nobody else has seen it yet.
+        return std::const_pointer_cast<ZPropertyTreeNode>(*child);
+    }
+    auto copy = (*child)->clone(version_);
+    children_.insert(name, copy);
+    return copy;
+}
+
+template class ZPropertyTreeNode<ZString, Variant, Details::ZIncrementalGenerationFactory>;
+
+} // namespace Zelm::Private
