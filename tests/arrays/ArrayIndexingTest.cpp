@@ -158,20 +158,26 @@ TEST(ArrayIndexing, strides_are_products_of_stored_extents) {
 }
 
 TEST(ArrayIndexing, too_few_indices_always_fail_and_others_only_on_request) {
-    const std::pair<Numbers, ArrayDimensions> tooFew[] = {{{}, {3}}, {{1}, {1, 3}}, {{9}, {2, 2}}};
-    const std::pair<Numbers, ArrayDimensions> outside[] = {
+    struct Row {
+        Numbers indices;
+        ArrayDimensions dims;
+    };
+    const Row tooFew[] = {{{}, {3}}, {{1}, {1, 3}}, {{9}, {2, 2}}};
+    const Row outside[] = {
         {{3}, {3}}, {{2, 1}, {3}},    {{2, 0, 1}, {3}}, {{0, 4}, {3, 4}},    {{3, 0}, {3, 4}},
         {{1}, {}},  {{0, 1}, {2, 0}}, {{2, 1}, {3, 1}}, {{kMax, 0}, {3, 4}},
     };
     for (const DataOrdering ordering : {RowMajor, ColumnMajor}) {
-        for (const auto& [indices, dims] : tooFew) {
-            EXPECT_THROW_MSG(offsetOf(ordering, indices, dims), std::invalid_argument, "Too few indices");
-            EXPECT_THROW_MSG(offsetOf(ordering, indices, dims, false), std::invalid_argument,
+        for (const Row& row : tooFew) {
+            EXPECT_THROW_MSG(offsetOf(ordering, row.indices, row.dims), std::invalid_argument,
+                             "Too few indices");
+            EXPECT_THROW_MSG(offsetOf(ordering, row.indices, row.dims, false), std::invalid_argument,
                              "Too few indices");
         }
-        for (const auto& [indices, dims] : outside) {
-            EXPECT_THROW_MSG(offsetOf(ordering, indices, dims), std::out_of_range, "Indices out of bounds");
-            EXPECT_NO_THROW(offsetOf(ordering, indices, dims, false));
+        for (const Row& row : outside) {
+            EXPECT_THROW_MSG(offsetOf(ordering, row.indices, row.dims), std::out_of_range,
+                             "Indices out of bounds");
+            EXPECT_NO_THROW(offsetOf(ordering, row.indices, row.dims, false));
         }
         EXPECT_EQ(offsetOf(ordering, {}, {}), 0u);
         EXPECT_EQ(offsetOf(ordering, {}, {2, 0}), 0u);

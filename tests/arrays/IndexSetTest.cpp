@@ -123,7 +123,7 @@ TEST(IndexRange, extremes_end) {
     struct Row {
         IndexRange range;
         std::uint64_t extent;
-        Numbers expected;
+        Numbers expected = {};
     };
     const Row ends[] = {
         {{fromStart(0), IndexValue::end(0), kHalf}, kHalf + 1, {0, kHalf}},
@@ -138,7 +138,7 @@ TEST(IndexRange, extremes_end) {
         EXPECT_EQ(listed(row.range, row.extent), row.expected);
         EXPECT_EQ(listed(IndexSet(row.range, row.range), row.extent), row.expected);
     }
-    const std::pair<IndexRange, std::uint64_t> tooLong[] = {
+    const Row tooLong[] = {
         {range(4, 3, 2), 5},
         {range(5, 0, 17), 9},
         {range(5, 0, kMax), 9},
@@ -147,11 +147,12 @@ TEST(IndexRange, extremes_end) {
         {IndexRange::all, 1ull << 60},
         {{fromStart(0), IndexValue::end(0), 2}, 0},
     };
-    for (const auto& [item, extent] : tooLong) {
-        EXPECT_THROW_MSG(item.values(extent), std::length_error, "vector<T> too long");
-        EXPECT_THROW_MSG(IndexSet(item).values(extent), std::length_error, "vector<T> too long");
-        EXPECT_THROW_MSG(IndexSet(item).size(extent), std::length_error, "vector<T> too long");
-        EXPECT_THROW_MSG(IndexSet(fromStart(0), item).size(extent), std::length_error, "vector<T> too long");
+    for (const Row& row : tooLong) {
+        EXPECT_THROW_MSG(row.range.values(row.extent), std::length_error, "vector<T> too long");
+        EXPECT_THROW_MSG(IndexSet(row.range).values(row.extent), std::length_error, "vector<T> too long");
+        EXPECT_THROW_MSG(IndexSet(row.range).size(row.extent), std::length_error, "vector<T> too long");
+        EXPECT_THROW_MSG(IndexSet(fromStart(0), row.range).size(row.extent), std::length_error,
+                         "vector<T> too long");
     }
     EXPECT_EQ(IndexSet(IndexRange::all).size(1ull << 40), 1ull << 40);
 }
