@@ -103,7 +103,8 @@ TEST(SlicePlan, indices_of_users_items_that_lie_outside_are_seen_in_the_largest_
     };
     EXPECT_EQ(largest({5}), 14u);
     EXPECT_EQ(largest({5, 6}), 14u * 6 + 15u);
-    // Trailing extents of 1 and shapes without elements have no strides.
+    EXPECT_EQ(largest({0}), 9u);
+    // Trailing extents of 1 and shapes of several dimensions without elements have no strides.
     EXPECT_EQ(largest({5, 1}), 14u);
     EXPECT_EQ(largest({5, 0}), 0u);
 }

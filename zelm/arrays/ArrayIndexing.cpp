@@ -3,6 +3,8 @@
 #include <zelm/arrays/Saturating.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <functional>
 #include <numeric>
 #include <stdexcept>
 

@@ -111,9 +111,6 @@ std::vector<std::uint64_t> IndexSelection::list() const {
 void IndexSelection::setOnly(const IndexRun& run) noexcept {
     only_ = run;
     size_ = run.count;
-    if (run.count == 1) {
-        only_.step = 1;
-    }
 }
 
 void IndexSelection::setSorted(const std::vector<std::uint64_t>& indices) {

@@ -46,7 +46,7 @@ public:
     /// The indices as a list.
     std::vector<std::uint64_t> list() const;
 
-    /// The runs, ascending. A run of one index has the step 1.
+    /// The runs, ascending.
     const IndexRun* begin() const noexcept { return isOneRun() ? &only_ : runs_.data(); }
     const IndexRun* end() const noexcept { return isOneRun() ? &only_ + 1 : runs_.data() + runs_.size(); }
 

@@ -4,6 +4,7 @@
 #include <zelm/arrays/Saturating.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <utility>
 
 namespace Zelm::details {
