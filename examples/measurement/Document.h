@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Measurement.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace measurement {
+
+/// Writes the measurement as a JSON document: under another name first, so that `file` appears whole or not
+/// at all. Throws `std::runtime_error` naming the file.
+void saveDocument(const std::string& file, const Measurement& measurement);
+
+/// Throws what reading and parsing throw, as `std::runtime_error` naming the file.
+Measurement loadDocument(const std::string& file);
+
+/// What differs between a measurement that was read back and the one that was saved, whose variables these
+/// are:
+/// "" if nothing does, else "the tree" or the name of a variable.
+std::string differenceBetween(const Measurement& saved, const std::vector<NamedVariable>& variables,
+                              const Measurement& loaded);
+
+} // namespace measurement

@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# The main job: installs what is missing, builds the library and the example `measurement` (build/demo), and runs it.
+#   scripts/demo.sh [--csv] [FILE]
+# FILE is a Touchstone 1.x file (.s1p to .s99p); without one the example's own file is taken. Standard output
+# carries the report, or with --csv the table, and nothing else; what installing and building have to say goes
+# to standard error, and is nothing once all is built. The document stays in build/demo/documents.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+build=$root/build/demo
+
+is_built() {
+    [ -f "$build/build.ninja" ] && ninja -C "$build" -n measurement 2>/dev/null | grep -q 'no work to do'
+}
+
+"$root/scripts/install-dependencies.sh" build >&2
+if ! is_built; then
+    {
+        echo "== Build (build/demo)"
+        cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE="-O2 -DNDEBUG" \
+            -DBUILD_TESTING=OFF -DZELM_BUILD_EXAMPLES=ON
+        cmake --build "$build" --target measurement --parallel "$(nproc)"
+        echo "== Run"
+    } >&2
+fi
+
+name=lowpass.s2p
+for argument; do
+    case $argument in
+    -*) ;;
+    *) name=$(basename -- "$argument") ;;
+    esac
+done
+mkdir -p "$build/documents"
+exec "$build/examples/measurement/measurement" --document "$build/documents/$name.json" "$@"
