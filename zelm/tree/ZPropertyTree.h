@@ -129,7 +129,9 @@ public:
     const Node& node() const&;
     const Node& node() const&& = delete;
     const NodePointer& sharedNode() const&;
-    const NodePointer& sharedNode() const&& = delete;
+    NodePointer sharedNode() const&& {
+        return static_cast<const ZPropertyHandleGeneric&>(*this).sharedNode();
+    }
 
     Value getValue() const;
     /// Empty if the node has no type.
@@ -207,7 +209,8 @@ public:
     /// node or one above it would close a cycle that is never freed.
     void attachChild(const Key& name, NodePointer node);
     /// The same with the node of `child`, which may belong to any tree. The result writes through a copy of
-    /// that node unless it belongs to this very version.
+    /// that node unless it belongs to this very version; then it stays shared with the place that it came
+    /// from.
     ZPropertyHandleGeneric attachChild(const Key& name, const Immutable& child);
     ZPropertyHandleGeneric attachChild(const Key& name, ZPropertyHandleGeneric child);
     /// The same under the name that `child` has.
