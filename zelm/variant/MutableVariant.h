@@ -16,7 +16,7 @@ public:
                                                                   DataOrdering ordering);
 
     /// A null value.
-    MutableVariant();
+    MutableVariant() noexcept;
     /// Takes the storage over if nobody shares it, else clones it; a shared source stays as it was.
     explicit MutableVariant(Variant&& source);
 

@@ -81,8 +81,8 @@ struct VariantAccess;
 /// be assigned or destroyed.
 class ZELM_EXPORT Variant {
 public:
-    /// A null Variant.
-    Variant();
+    /// A null Variant. No allocation.
+    Variant() noexcept;
 
     /// A scalar. Integers keep their width and signedness, text literals and `const char*` become ZString.
     template <class T, class = details::RequireScalar<T>>

@@ -35,7 +35,7 @@ struct VariantAccess {
     /// The same to write to, also null if anybody shares the storage.
     template <class T, class AnyVariant>
     static VectorVariantStorage<T>* soleTyped(AnyVariant& value) noexcept {
-        return value.storage.use_count() == 1 ? storageOf<T>(value.storage.get()) : nullptr;
+        return ownsAlone(value.storage) ? storageOf<T>(value.storage.get()) : nullptr;
     }
     /// The shape without a copy; empty after a move.
     template <class AnyVariant>
@@ -58,19 +58,29 @@ struct VariantAccess {
         value.storage = std::move(storage);
         value.compare = &compareStorages<T>;
     }
-    /// Converts in place, with a check on every element; nothing happens if the type is `T` already.
+    /// Converts in place, with a check on every element; nothing happens if the type is `T` already. Throws
+    /// the failures of conversion, and `std::invalid_argument` "Wrong data type" after a move.
     template <class T>
-    static void convert(Variant& value);
+    static void convert(Variant& value) {
+        convert(value, wellKnownTypeOf<T>, &compareStorages<T>);
+    }
+
+    /// The storage to write to in place of this one: itself if nobody shares it, else a clone.
+    static std::shared_ptr<AbstractVariantStorage>
+    writable(const std::shared_ptr<AbstractVariantStorage>& storage);
+    /// Writes over a slice, into a clone if the storage is shared. An empty pointer stays one.
+    static void assignSlice(std::shared_ptr<AbstractVariantStorage>& storage,
+                            const std::vector<IndexSet>& indexSets, Variant value);
 
     static auto& fields(Struct& record) noexcept { return record.fields_; }
     static const auto& fields(const Struct& record) noexcept { return record.fields_; }
 
 private:
+    static void convert(Variant& value, WellKnownType type, StorageComparison* comparison);
     static const ArrayDimensions& emptyShape();
 };
 
-#define ZELM_EXTERN(type, Name, value_, keyword) extern template void VariantAccess::convert<type>(Variant&);
-ZELM_FOR_EACH_ELEMENT_TYPE(ZELM_EXTERN)
-#undef ZELM_EXTERN
+/// Throws `std::invalid_argument` "Wrong data type".
+[[noreturn]] void throwWrongDataType();
 
 } // namespace Zelm::details

@@ -48,7 +48,7 @@ public:
     void assignSlice(const std::vector<IndexSet>& indexSets, std::shared_ptr<AbstractVariantStorage> self,
                      Variant value) override;
 
-    /// The elements, the shape and nothing copied, for code that knows `T`.
+    /// The elements and the shape themselves, for code that knows `T`.
     std::vector<Element>& elements() noexcept { return data_; }
     const std::vector<Element>& elements() const noexcept { return data_; }
     const ArrayDimensions& shape() const noexcept { return dims_; }
@@ -56,7 +56,6 @@ public:
 private:
     std::size_t checkedOffset(const std::vector<std::uint64_t>& indices) const;
     std::size_t checkedOffset(std::uint64_t offset) const;
-    void requireElementsOfShape() const;
 
     std::vector<Element> data_;
     ArrayDimensions dims_;
@@ -92,6 +91,9 @@ bool visitStorage(const AbstractVariantStorage& storage, Visitor&& visit) {
 
 /// The shape of a storage without a copy, the empty shape for a null storage.
 const ArrayDimensions& shapeOf(const AbstractVariantStorage& storage);
+
+/// The number of elements that a storage holds, whatever its shape says; 0 for a null storage.
+std::size_t elementCountOf(const AbstractVariantStorage& storage);
 
 /// Throws `std::out_of_range` "Offset out of bounds".
 [[noreturn]] void throwOffsetOutOfBounds();

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <zelm/arrays/SlicePlan.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <vector>
+
+namespace Zelm::details {
+
+/// Steps through every `stride`-th element of an array.
+template <class Element>
+class StridedIterator {
+public:
+    using iterator_category = std::random_access_iterator_tag;
+    using value_type = Element;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const Element*;
+    using reference = const Element&;
+
+    StridedIterator(const Element* origin, std::uint64_t stride, std::uint64_t position) noexcept
+        : origin_(origin), stride_(stride), position_(position) {}
+
+    reference operator*() const noexcept { return origin_[position_ * stride_]; }
+    StridedIterator& operator++() noexcept {
+        ++position_;
+        return *this;
+    }
+    StridedIterator& operator--() noexcept {
+        --position_;
+        return *this;
+    }
+    StridedIterator& operator+=(difference_type n) noexcept {
+        position_ += static_cast<std::uint64_t>(n);
+        return *this;
+    }
+    friend difference_type operator-(const StridedIterator& a, const StridedIterator& b) noexcept {
+        return static_cast<difference_type>(a.position_ - b.position_);
+    }
+    friend bool operator==(const StridedIterator& a, const StridedIterator& b) noexcept {
+        return a.position_ == b.position_;
+    }
+    friend bool operator!=(const StridedIterator& a, const StridedIterator& b) noexcept { return !(a == b); }
+
+private:
+    const Element* origin_;
+    std::uint64_t stride_;
+    std::uint64_t position_;
+};
+
+/// Runs below this length are cheaper to copy element by element.
+inline constexpr std::uint64_t kShortRun = 8;
+
+/// The elements of a slice in the slice's order. `source` has more than `plan.largestOffset()` elements.
+template <class Element>
+std::vector<Element> gather(const Element* source, const SlicePlan& plan) {
+    std::vector<Element> selected;
+    selected.reserve(plan.size());
+    plan.forEachRun([&](const IndexRun& run) {
+        const Element* first = source + run.first;
+        if (run.count < kShortRun) {
+            for (std::uint64_t i = 0; i < run.count; ++i) {
+                selected.push_back(first[i * run.step]);
+            }
+        } else if (run.step == 1) {
+            selected.insert(selected.end(), first, first + run.count);
+        } else {
+            selected.insert(selected.end(), StridedIterator<Element>(first, run.step, 0),
+                            StridedIterator<Element>(first, run.step, run.count));
+        }
+    });
+    return selected;
+}
+
+/// Writes the elements from `source` on over those of a slice, in the slice's order. `target` has more than
+/// `plan.largestOffset()` elements, and there are `plan.size()` to read.
+template <class Source, class Element>
+void scatter(Source source, Element* target, const SlicePlan& plan) {
+    plan.forEachRun([&](const IndexRun& run) {
+        Element* first = target + run.first;
+        const auto count = static_cast<std::ptrdiff_t>(run.count);
+        if (run.step == 1) {
+            std::copy_n(source, count, first);
+        } else {
+            for (std::ptrdiff_t i = 0; i < count; ++i) {
+                first[static_cast<std::uint64_t>(i) * run.step] = source[i];
+            }
+        }
+        source += count;
+    });
+}
+
+} // namespace Zelm::details

@@ -1,0 +1,57 @@
+#include <zelm/variant/Struct.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace Zelm {
+
+Struct::Struct() = default;
+Struct::Struct(Struct&&) noexcept = default;
+Struct& Struct::operator=(Struct&&) noexcept = default;
+Struct::~Struct() = default;
+
+Struct::Struct(const Struct& other) {
+    for (const auto& field : other.fields_) {
+        fields_.emplace_hint(fields_.end(), field.first, std::make_unique<Variant>(*field.second));
+    }
+}
+
+Struct& Struct::operator=(const Struct& other) {
+    Struct copy(other);
+    fields_.swap(copy.fields_);
+    return *this;
+}
+
+std::vector<ZString> Struct::keys() const {
+    std::vector<ZString> keys;
+    keys.reserve(fields_.size());
+    for (const auto& field : fields_) {
+        keys.push_back(field.first);
+    }
+    return keys;
+}
+
+Variant Struct::get(const ZString& key) const {
+    const auto field = fields_.find(key);
+    return field == fields_.end() ? Variant() : *field->second;
+}
+
+void Struct::set(ZString key, Variant value) {
+    const auto field = fields_.lower_bound(key);
+    if (field != fields_.end() && !(key < field->first)) {
+        *field->second = std::move(value);
+    } else {
+        fields_.emplace_hint(field, std::move(key), std::make_unique<Variant>(std::move(value)));
+    }
+}
+
+bool Struct::isEqual(const Struct& other, ComparisonLevel level) const {
+    return std::equal(fields_.begin(), fields_.end(), other.fields_.begin(), other.fields_.end(),
+                      [level](const auto& a, const auto& b) {
+                          return a.first == b.first &&
+                                 (level == Identical ? a.second->isIdenticalTo(*b.second)
+                                                     : a.second->isEquivalentTo(*b.second));
+                      });
+}
+
+} // namespace Zelm
