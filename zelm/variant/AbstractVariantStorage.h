@@ -84,9 +84,5 @@ protected:
     AbstractVariantStorage& operator=(const AbstractVariantStorage&) = default;
 };
 
-/// Whether nobody else shares this storage, so that its owner may write into it. False for null pointers and
-/// for the storage of null values.
-bool ownsAlone(const std::shared_ptr<AbstractVariantStorage>& storage) noexcept;
-
 } // namespace details
 } // namespace Zelm

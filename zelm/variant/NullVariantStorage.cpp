@@ -1,7 +1,6 @@
 #include <zelm/variant/NullVariantStorage.h>
 
-#include <zelm/variant/Variant.h>
-#include <zelm/variant/VectorVariantStorage.h>
+#include <zelm/variant/VariantAccess.h>
 
 #include <stdexcept>
 

@@ -37,8 +37,4 @@ public:
     void assignSlice(const std::vector<IndexSet>&, std::shared_ptr<AbstractVariantStorage>, Variant) override;
 };
 
-/// The one storage that all null values refer to. It is never destroyed and not counted: getting and copying
-/// the pointer costs no allocation and no atomic operation, and its use count is 0.
-std::shared_ptr<AbstractVariantStorage> sharedNullStorage() noexcept;
-
 } // namespace Zelm::details

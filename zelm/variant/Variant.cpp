@@ -22,7 +22,7 @@ T firstElement(const details::VectorVariantStorage<T>& storage) {
 }
 
 bool isSoundScalar(const AbstractVariantStorage& storage) {
-    return details::elementCountOf(storage) == 1 && details::shapeOf(storage).isScalar();
+    return details::elementCountOf(storage) == 1 && details::shapeOf(&storage).isScalar();
 }
 
 details::StorageComparison* comparisonFor(WellKnownType type) {

@@ -1,16 +1,53 @@
 #include <zelm/variant/VariantAccess.h>
 
+#include <atomic>
 #include <stdexcept>
+
+#if defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define ZELM_THREAD_SANITIZER
+#endif
+#elif defined(__SANITIZE_THREAD__)
+#define ZELM_THREAD_SANITIZER
+#endif
 
 namespace Zelm::details {
 
-void throwWrongDataType() {
-    throw std::invalid_argument("Wrong data type");
+bool ownsAlone(const std::shared_ptr<AbstractVariantStorage>& storage) noexcept {
+    if (storage.use_count() != 1) {
+        return false;
+    }
+    // The count is read without any order. What the last other owner read has to happen before our writes.
+#ifdef ZELM_THREAD_SANITIZER
+    // It does not know fences; a share that is taken and given back has the same effect.
+    const std::shared_ptr<AbstractVariantStorage> share(storage);
+#else
+    std::atomic_thread_fence(std::memory_order_acquire);
+#endif
+    return true;
 }
 
-const ArrayDimensions& VariantAccess::emptyShape() {
+const ArrayDimensions& shapeOf(const AbstractVariantStorage* storage) noexcept {
     static const ArrayDimensions empty;
-    return empty;
+    const ArrayDimensions* shape = &empty;
+    if (storage) {
+        visitStorage(*storage, [&shape](const auto& typed) { shape = &typed.shape(); });
+    }
+    return *shape;
+}
+
+std::size_t elementCountOf(const AbstractVariantStorage& storage) noexcept {
+    std::size_t count = 0;
+    visitStorage(storage, [&count](const auto& typed) { count = typed.elements().size(); });
+    return count;
+}
+
+void throwOffsetOutOfBounds() {
+    throw std::out_of_range("Offset out of bounds");
+}
+
+void throwWrongDataType() {
+    throw std::invalid_argument("Wrong data type");
 }
 
 void VariantAccess::convert(Variant& value, WellKnownType type, StorageComparison* comparison) {

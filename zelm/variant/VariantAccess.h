@@ -11,6 +11,24 @@
 
 namespace Zelm::details {
 
+/// Whether nobody else shares this storage, so that its owner may write into it. False for null pointers and
+/// for the storage of null values.
+bool ownsAlone(const std::shared_ptr<AbstractVariantStorage>& storage) noexcept;
+
+/// The one storage that all null values refer to. It is never destroyed and not counted: getting and copying
+/// the pointer costs no allocation and no atomic operation, and its use count is 0.
+std::shared_ptr<AbstractVariantStorage> sharedNullStorage() noexcept;
+
+/// The shape of a storage without a copy, the empty shape for a null storage and a null pointer.
+const ArrayDimensions& shapeOf(const AbstractVariantStorage* storage) noexcept;
+/// The number of elements that a storage holds, whatever its shape says; 0 for a null storage.
+std::size_t elementCountOf(const AbstractVariantStorage& storage) noexcept;
+
+/// Throws `std::out_of_range` "Offset out of bounds".
+[[noreturn]] void throwOffsetOutOfBounds();
+/// Throws `std::invalid_argument` "Wrong data type".
+[[noreturn]] void throwWrongDataType();
+
 /// The library's own way to the storage of a value. Not for applications: nothing here keeps copies apart.
 struct VariantAccess {
     /// The storage; null only after a move.
@@ -39,8 +57,8 @@ struct VariantAccess {
     }
     /// The shape without a copy; empty after a move.
     template <class AnyVariant>
-    static const ArrayDimensions& shape(const AnyVariant& value) {
-        return value.storage ? shapeOf(*value.storage) : emptyShape();
+    static const ArrayDimensions& shape(const AnyVariant& value) noexcept {
+        return shapeOf(value.storage.get());
     }
 
     /// A value with these elements in exactly this shape. Throws `std::length_error` "Dimensions don't match
@@ -77,10 +95,6 @@ struct VariantAccess {
 
 private:
     static void convert(Variant& value, WellKnownType type, StorageComparison* comparison);
-    static const ArrayDimensions& emptyShape();
 };
-
-/// Throws `std::invalid_argument` "Wrong data type".
-[[noreturn]] void throwWrongDataType();
 
 } // namespace Zelm::details

@@ -89,13 +89,4 @@ bool visitStorage(const AbstractVariantStorage& storage, Visitor&& visit) {
     });
 }
 
-/// The shape of a storage without a copy, the empty shape for a null storage.
-const ArrayDimensions& shapeOf(const AbstractVariantStorage& storage);
-
-/// The number of elements that a storage holds, whatever its shape says; 0 for a null storage.
-std::size_t elementCountOf(const AbstractVariantStorage& storage);
-
-/// Throws `std::out_of_range` "Offset out of bounds".
-[[noreturn]] void throwOffsetOutOfBounds();
-
 } // namespace Zelm::details
