@@ -5,9 +5,11 @@
 #include <zelm/units/ZSystemOfUnits.h>
 #include <zelm/variant/MutableVariant.h>
 #include <zelm/variant/Variant.h>
+#include <zelm/variant/WellKnownType.h>
 
 #include <cmath>
 #include <optional>
+#include <type_traits>
 
 namespace measurement {
 namespace {
@@ -85,7 +87,9 @@ std::vector<NamedVariable> variablesOf(const Touchstone& file) {
 
 template <class T>
 std::vector<T> elementsOf(const Variant& value) {
-    Zelm::MutableVariant elements(value.convertedTo(Zelm::wellKnownTypeOf<T>));
+    constexpr Zelm::WellKnownType kType =
+        std::is_same_v<T, double> ? Zelm::WellKnownType::Double() : Zelm::WellKnownType::ComplexDouble();
+    Zelm::MutableVariant elements(value.convertedTo(kType));
     const std::uint64_t count = elements.dimensions().countAllElements();
     std::vector<T> result;
     result.reserve(count);

@@ -45,7 +45,7 @@ Zelm::ZVariable magnitudeInDecibel(const Zelm::ZVariable& parameter);
 /// any, with a frequency of their own.
 std::vector<NamedVariable> variablesOf(const Touchstone& file);
 
-/// All elements of a value, which must have the element type `T` or be convertible to it.
+/// All elements of a value of a type that converts to `T`, which is `double` or `std::complex<double>`.
 template <class T>
 std::vector<T> elementsOf(const Zelm::Variant& value);
 
