@@ -42,6 +42,7 @@ ZPropertyHandle rebased(ZPropertyHandle object) {
 template <class Accept, class Represent>
 auto listChildren(const ZPropertyHandle& parent, Accept accept, Represent represent) {
     std::vector<std::pair<ZString, ZGenericObject>> result;
+    result.reserve(parent.node().children().size());
     for (const auto& [name, node] : parent.node().children()) {
         if (accept(name)) {
             result.emplace_back(name,
