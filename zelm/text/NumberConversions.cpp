@@ -1,251 +1,211 @@
 #include <zelm/text/AsciiCase.h>
+#include <zelm/text/Padding.h>
 #include <zelm/text/TextConversions.h>
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <stdexcept>
-#include <system_error>
 
 namespace Zelm {
 
 namespace {
 
-bool isBlank(char c) {
-    return c == ' ' || c == '\t';
-}
-bool isDigit(char c) {
+bool isDigit(char c) noexcept {
     return c >= '0' && c <= '9';
 }
-bool isSign(char c) {
-    return c == '+' || c == '-';
-}
 
-/// Walks over a text and takes what it is asked for.
+/// Goes over a text from the front, one part of a number's grammar at a time.
 class Scanner {
 public:
-    explicit Scanner(ZStringView text) noexcept : position_(text.begin()), end_(text.end()) {}
+    explicit Scanner(ZStringView text) noexcept : at_(text.begin()), end_(text.end()) {}
 
-    const char* position() const noexcept { return position_; }
-    bool atEnd() const noexcept { return position_ == end_; }
+    const char* position() const noexcept { return at_; }
 
-    template <class Accept>
-    bool takeOne(Accept accept) noexcept {
-        const bool accepted = !atEnd() && accept(*position_);
-        position_ += accepted;
-        return accepted;
+    bool take(char c) noexcept {
+        const bool taken = at_ != end_ && *at_ == c;
+        at_ += taken;
+        return taken;
     }
-    template <class Accept>
-    bool takeAll(Accept accept) noexcept {
-        const char* const before = position_;
-        while (takeOne(accept)) {}
-        return position_ != before;
+    bool takeDigits() noexcept {
+        const char* const start = at_;
+        at_ = std::find_if_not(at_, end_, isDigit);
+        return at_ != start;
     }
-    bool takeDigits() noexcept { return takeAll(isDigit); }
-    /// Blanks, then one newline at the very end of the text.
+    void takeBlanks() noexcept {
+        while (take(' ') || take('\t')) {}
+    }
+    /// What may follow a number: blanks and tabs, then one newline at the very end.
     bool takeRest() noexcept {
-        takeAll(isBlank);
-        takeOne([](char c) { return c == '\n'; });
-        return atEnd();
+        takeBlanks();
+        take('\n');
+        return at_ == end_;
     }
 
 private:
-    const char* position_;
+    const char* at_;
     const char* end_;
 };
 
-/// Takes a number with its sign, which from_chars() refuses if it is a plus.
-bool takeNumber(Scanner& scanner) noexcept {
-    scanner.takeOne(isSign);
-    bool hasDigits = scanner.takeDigits();
-    if (scanner.takeOne([](char c) { return c == '.'; })) {
-        hasDigits |= scanner.takeDigits();
-    }
-    if (!hasDigits) {
-        return false;
-    }
-    if (scanner.takeOne([](char c) { return c == 'e' || c == 'E'; })) {
-        scanner.takeOne(isSign);
-        return scanner.takeDigits();
-    }
-    return true;
-}
-
-/// Whether a number that is out of the range of double is so for being too large: by the decimal exponent of
-/// its first digit that is not 0.
-bool isTooLarge(const char* begin, const char* end) {
-    constexpr std::int64_t limit = std::numeric_limits<std::int64_t>::max() / 4;
-    const char* const exponentMark = std::find_if(begin, end, [](char c) { return c == 'e' || c == 'E'; });
-    const char* const point = std::find(begin, exponentMark, '.');
-    const char* const leading =
-        std::find_if(begin, exponentMark, [](char c) { return c >= '1' && c <= '9'; });
-    std::int64_t magnitude = point - leading;
-    if (exponentMark != end) {
-        const char* digits = exponentMark + 1 + (exponentMark[1] == '+');
-        std::int64_t exponent = 0;
-        if (std::from_chars(digits, end, exponent).ec == std::errc::result_out_of_range) {
-            exponent = *digits == '-' ? -limit : limit;
-        }
-        magnitude += std::clamp(exponent, -limit, limit);
-    }
-    return magnitude > 0;
-}
-
-/// The number between `begin` and `end`, which takeNumber() has accepted.
-double parseNumber(const char* begin, const char* end) {
-    begin += *begin == '+';
-    double value = 0.0;
-    if (std::from_chars(begin, end, value).ec != std::errc::result_out_of_range) {
-        return value;
-    }
-    const bool isNegative = *begin == '-';
-    const double magnitude = isTooLarge(begin, end) ? std::numeric_limits<double>::infinity() : 0.0;
-    return isNegative ? -magnitude : magnitude;
-}
-
-bool tryDouble(ZStringView text, double& value) noexcept {
+/// The number in a text, without a plus sign, as `std::from_chars` wants it; nothing if the text is not
+/// valid.
+std::optional<std::string_view> numberIn(ZStringView text) noexcept {
     Scanner scanner(text);
-    scanner.takeAll(isBlank);
-    const char* const begin = scanner.position();
-    if (!takeNumber(scanner)) {
-        return false;
+    scanner.takeBlanks();
+    const bool plus = scanner.take('+');
+    const char* const start = scanner.position();
+    if (!plus) {
+        scanner.take('-');
     }
-    const char* const end = scanner.position();
-    if (!scanner.takeRest()) {
-        return false;
+    const bool whole = scanner.takeDigits();
+    const bool fraction = scanner.take('.') && scanner.takeDigits();
+    if (!whole && !fraction) {
+        return std::nullopt;
     }
-    value = parseNumber(begin, end);
-    return true;
+    if (scanner.take('e') || scanner.take('E')) {
+        if (!scanner.take('+')) {
+            scanner.take('-');
+        }
+        if (!scanner.takeDigits()) {
+            return std::nullopt;
+        }
+    }
+    const std::string_view number(start, static_cast<std::size_t>(scanner.position() - start));
+    return scanner.takeRest() ? std::optional(number) : std::nullopt;
 }
 
-bool tryRound(double value, std::int64_t& rounded) noexcept {
-    const bool fits = value > -2147483648.5 && value < 2147483647.5;
-    if (fits) {
-        rounded = static_cast<std::int64_t>(value < 0 ? value - 0.5 : value + 0.5);
+/// The decimal exponent behind an 'e', held within bounds that no length of a text reaches.
+std::int64_t exponentIn(std::string_view digits) noexcept {
+    constexpr std::int64_t limit = std::int64_t{1} << 62;
+    if (!digits.empty() && digits.front() == '+') {
+        digits.remove_prefix(1);
     }
-    return fits;
-}
-
-bool tryRoundUnsigned(double value, std::int64_t& rounded) noexcept {
-    const bool fits = value >= 0 && value < 4294967295.5;
-    if (fits) {
-        rounded = static_cast<std::int64_t>(value + 0.5);
+    std::int64_t exponent = 0;
+    const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), exponent);
+    if (result.ec == std::errc::result_out_of_range) {
+        exponent = digits.front() == '-' ? -limit : limit;
     }
-    return fits;
+    return std::clamp(exponent, -limit, limit);
 }
 
-int low32Bits(std::int64_t value) noexcept {
-    return static_cast<int>(static_cast<std::uint32_t>(value));
+/// The infinity or zero of a number that no double comes near: the power of ten of its first digit that is
+/// not zero tells them apart.
+double beyondRange(std::string_view number) noexcept {
+    const bool negative = number.front() == '-';
+    number.remove_prefix(negative);
+    const std::size_t mantissaLength = std::min(number.find_first_of("eE"), number.size());
+    const std::string_view mantissa = number.substr(0, mantissaLength);
+    const auto point = static_cast<std::int64_t>(std::min(mantissa.find('.'), mantissa.size()));
+    const std::size_t firstDigit = mantissa.find_first_not_of("0.");
+    double magnitude = 0.0;
+    if (firstDigit != std::string_view::npos) {
+        const std::int64_t shift = point - static_cast<std::int64_t>(firstDigit);
+        const std::string_view exponent = number.substr(std::min(mantissaLength + 1, number.size()));
+        magnitude = shift + exponentIn(exponent) > 0 ? std::numeric_limits<double>::infinity() : 0.0;
+    }
+    return negative ? -magnitude : magnitude;
 }
 
-template <class Round>
-int toRounded(const ZString& text, Round tryRounding) {
-    const double value = toDouble(text);
-    std::int64_t rounded = 0;
-    if (!tryRounding(value, rounded)) {
+double valueOf(std::string_view number) noexcept {
+    double value = 0.0;
+    const auto result = std::from_chars(number.data(), number.data() + number.size(), value);
+    return result.ec == std::errc::result_out_of_range ? beyondRange(number) : value;
+}
+
+double validValue(ZStringView text) {
+    const auto number = numberIn(text);
+    if (!number) {
+        throw std::runtime_error("Expected a string containing a number");
+    }
+    return valueOf(*number);
+}
+
+/// Rounded half away from zero; nothing if out of range.
+std::optional<int> roundedToInt(double value) noexcept {
+    if (value < 0 ? value <= -2147483648.5 : value >= 2147483647.5) {
+        return std::nullopt;
+    }
+    return static_cast<int>(value < 0 ? value - 0.5 : value + 0.5);
+}
+
+/// The bits of the rounded unsigned number; nothing if out of range, as every negative number is.
+std::optional<int> roundedToUnsignedInt(double value) noexcept {
+    if (value < 0 || value >= 4294967295.5) {
+        return std::nullopt;
+    }
+    return static_cast<int>(static_cast<std::uint32_t>(static_cast<std::uint64_t>(value + 0.5)));
+}
+
+using Rounding = std::optional<int> (*)(double) noexcept;
+
+int rounded(ZStringView text, Rounding rounding) {
+    const std::optional<int> result = rounding(validValue(text));
+    if (!result) {
         throw_checked_round_range_error();
     }
-    return low32Bits(rounded);
+    return *result;
 }
 
-template <class Round>
-int toRoundedNothrow(const ZString& text, bool* ok, Round tryRounding) noexcept {
-    double value = 0.0;
-    std::int64_t rounded = 0;
-    const bool valid = tryDouble(text, value) && tryRounding(value, rounded);
+int roundedOrZero(ZStringView text, Rounding rounding, bool* ok) noexcept {
+    const auto number = numberIn(text);
+    const std::optional<int> result = number ? rounding(valueOf(*number)) : std::nullopt;
     if (ok) {
-        *ok = valid;
+        *ok = result.has_value();
     }
-    return low32Bits(rounded);
+    return result.value_or(0);
 }
 
 template <class Integer>
-ZString fromInteger(Integer value, int width) {
+ZString integerText(Integer value, int width) {
     char digits[16];
-    const auto end = std::to_chars(std::begin(digits), std::end(digits), value).ptr;
-    return padString(ZString(digits, static_cast<std::size_t>(end - digits)), width);
-}
-
-std::chars_format formatOf(char format) noexcept {
-    switch (format) {
-    case 'e':
-    case 'E':
-        return std::chars_format::scientific;
-    case 'f':
-        return std::chars_format::fixed;
-    default:
-        return std::chars_format::general;
-    }
+    const auto result = std::to_chars(std::begin(digits), std::end(digits), value);
+    return details::padded({digits, static_cast<std::size_t>(result.ptr - digits)}, width);
 }
 
 } // namespace
 
 bool isValidInt(const ZString& text) noexcept {
     Scanner scanner(text);
-    scanner.takeAll(isBlank);
-    scanner.takeOne(isSign);
+    scanner.takeBlanks();
+    if (!scanner.take('+')) {
+        scanner.take('-');
+    }
     return scanner.takeDigits() && scanner.takeRest();
 }
 
 bool isValidNumber(const ZString& text) noexcept {
-    Scanner scanner(text);
-    scanner.takeAll(isBlank);
-    return takeNumber(scanner) && scanner.takeRest();
+    return numberIn(text).has_value();
 }
 
 double toDouble(const ZString& text) {
-    double value = 0.0;
-    if (!tryDouble(text, value)) {
-        throw std::runtime_error("Expected a string containing a number");
-    }
-    return value;
+    return validValue(text);
 }
 
-double toDouble_nothrow(const ZString& text, bool* ok) {
-    double value = 0.0;
-    const bool valid = tryDouble(text, value);
+double toDouble_nothrow(const ZString& text, bool* ok) noexcept {
+    const auto number = numberIn(text);
     if (ok) {
-        *ok = valid;
+        *ok = number.has_value();
     }
-    return value;
+    return number ? valueOf(*number) : 0.0;
 }
 
 int toInt(const ZString& text) {
-    return toRounded(text, tryRound);
+    return rounded(text, roundedToInt);
 }
+
 int toInt_nothrow(const ZString& text, bool* ok) noexcept {
-    return toRoundedNothrow(text, ok, tryRound);
+    return roundedOrZero(text, roundedToInt, ok);
 }
+
 int toUnsignedInt(const ZString& text) {
-    return toRounded(text, tryRoundUnsigned);
+    return rounded(text, roundedToUnsignedInt);
 }
+
 int toUnsignedInt_nothrow(const ZString& text, bool* ok) noexcept {
-    return toRoundedNothrow(text, ok, tryRoundUnsigned);
-}
-
-ZString fromInt(int value, int width) {
-    return fromInteger(value, width);
-}
-ZString fromUnsignedInt(unsigned int value, int width) {
-    return fromInteger(value, width);
-}
-
-ZString fromDouble(double value, char format, int precision, int width) {
-    const int digits = precision < 0 ? 6 : precision;
-    // 309 digits before the point, sign, point and exponent, beside the precision. A general format never
-    // needs more than the 767 digits of the longest double, since it drops zeros at the end.
-    constexpr std::size_t kOverhead = 330;
-    constexpr int kLongestGeneral = 800;
-    const std::chars_format charsFormat = formatOf(format);
-    const int needed = charsFormat == std::chars_format::general ? std::min(digits, kLongestGeneral) : digits;
-    std::string text(kOverhead + static_cast<std::size_t>(needed), '\0');
-    const auto result = std::to_chars(text.data(), text.data() + text.size(), value, charsFormat, needed);
-    text.resize(static_cast<std::size_t>(result.ptr - text.data()));
-    if (format == 'E' || format == 'G') {
-        std::transform(text.begin(), text.end(), text.begin(), details::toUpperAscii);
-    }
-    return padString(ZString(std::move(text)), width);
+    return roundedOrZero(text, roundedToUnsignedInt, ok);
 }
 
 void throw_checked_round_range_error() {
@@ -254,6 +214,48 @@ void throw_checked_round_range_error() {
 
 void throw_checked_truncate_range_error() {
     throw std::range_error("Overflow occured while truncating double precision value to 32-bit integer");
+}
+
+ZString fromInt(int value, int width) {
+    return integerText(value, width);
+}
+
+ZString fromUnsignedInt(unsigned int value, int width) {
+    return integerText(value, width);
+}
+
+ZString fromDouble(double value, char format, int precision, int width) {
+    // The digits before the point of the largest double, its sign, the point, and an exponent.
+    constexpr std::size_t kWithoutPrecision = 330;
+    // A double has no more significant digits; in the general form zeros at the end are dropped.
+    constexpr int kMostDigits = 800;
+    const bool upper = format == 'E' || format == 'G';
+    const auto style = format == 'f'                    ? std::chars_format::fixed
+                       : format == 'e' || format == 'E' ? std::chars_format::scientific
+                                                        : std::chars_format::general;
+    if (precision < 0) {
+        precision = 6;
+    } else if (style == std::chars_format::general) {
+        precision = std::min(precision, kMostDigits);
+    }
+    char shortBuffer[kWithoutPrecision + 64];
+    std::string longBuffer;
+    char* buffer = shortBuffer;
+    std::size_t size = kWithoutPrecision + static_cast<std::size_t>(precision);
+    if (size > sizeof shortBuffer) {
+        longBuffer.resize(size);
+        buffer = longBuffer.data();
+    }
+    const char* const end = std::to_chars(buffer, buffer + size, value, style, precision).ptr;
+    size = static_cast<std::size_t>(end - buffer);
+    if (upper) {
+        std::transform(buffer, buffer + size, buffer, details::toUpper);
+    }
+    if (buffer == shortBuffer || width != 0) {
+        return details::padded({buffer, size}, width);
+    }
+    longBuffer.resize(size);
+    return ZString(std::move(longBuffer));
 }
 
 } // namespace Zelm

@@ -1,73 +1,76 @@
 #pragma once
 
-#include <zelm/Export.h>
 #include <zelm/text/ZString.h>
 
-#include <cstddef>
 #include <string>
 #include <vector>
 
+/// Text to numbers and back, padding, tokens, quotes and UTF-16. No function here depends on a locale.
 namespace Zelm {
 
-// Numbers. None of this depends on a locale.
-
-/// Blanks or tabs, an optional sign, decimal digits, blanks or tabs, at most one newline at the very end.
+/// Whether the whole text is a decimal integer: blanks and tabs, a sign, digits, blanks and tabs, and at most
+/// one newline at the very end. All but the digits may be missing. The size of the number does not matter.
 ZELM_EXPORT bool isValidInt(const ZString& text) noexcept;
-/// The same with an optional fraction and an optional exponent: `1.`, `.5`, `-1.5e3`. No `inf`, `nan`,
-/// hexadecimal.
+/// The same with a decimal number: digits with at most one '.' among them or at their ends, and an exponent
+/// if wanted. Neither "inf" nor "nan", nor hexadecimal digits, nor thousands separators.
 ZELM_EXPORT bool isValidNumber(const ZString& text) noexcept;
 
-/// Throws `std::runtime_error` "Expected a string containing a number". Too large gives an infinity, too
-/// small a zero of the same sign.
+/// The nearest double of a text that `isValidNumber`; infinite if it is too large. Throws
+/// `std::runtime_error` "Expected a string containing a number" otherwise.
 ZELM_EXPORT double toDouble(const ZString& text);
-/// 0 and `*ok` false for an invalid text; `ok` may be null.
-ZELM_EXPORT double toDouble_nothrow(const ZString& text, bool* ok);
+/// The same, with 0.0 for a text that is not valid. Here and below `ok`, which may be null, tells of success.
+ZELM_EXPORT double toDouble_nothrow(const ZString& text, bool* ok) noexcept;
 
-/// The number, fraction and exponent allowed, rounded to the nearest integer, halves away from zero. Throws
-/// as toDouble(), and `std::range_error` "Overflow occured while rounding double precision value to 32-bit
-/// integer".
+/// The number of a text that `isValidNumber` ("1.5e3" too), rounded half away from zero. Throws as
+/// `toDouble`, and as `throw_checked_round_range_error` if the result is no `int`.
 ZELM_EXPORT int toInt(const ZString& text);
+/// The same, with 0 for a text that is not valid and a number that does not fit.
 ZELM_EXPORT int toInt_nothrow(const ZString& text, bool* ok) noexcept;
-/// The bits of a 32-bit unsigned integer. Every negative number is out of range, also one that would round to
-/// 0.
+
+/// The same for 32-bit unsigned numbers; the result has their bits. Every negative number is out of range,
+/// one that would be rounded to zero too.
 ZELM_EXPORT int toUnsignedInt(const ZString& text);
 ZELM_EXPORT int toUnsignedInt_nothrow(const ZString& text, bool* ok) noexcept;
-
-ZELM_EXPORT ZString fromInt(int value, int width = 0);
-ZELM_EXPORT ZString fromUnsignedInt(unsigned int value, int width = 0);
-/// `format` is `e`, `E` (exponent), `f` (fixed), `G`, or anything else for the shorter of both as printf's
-/// `%g`; `E` and `G` write upper-case. A negative precision counts as 6.
-ZELM_EXPORT ZString fromDouble(double value, char format, int precision, int width = 0);
 
 /// Throws `std::range_error` "Overflow occured while rounding double precision value to 32-bit integer".
 [[noreturn]] ZELM_EXPORT void throw_checked_round_range_error();
 /// Throws `std::range_error` "Overflow occured while truncating double precision value to 32-bit integer".
 [[noreturn]] ZELM_EXPORT void throw_checked_truncate_range_error();
 
-/// Blanks on the left for a positive width, on the right for a negative one; a longer text is not cut. Counts
-/// bytes. Width 0 shares the text.
-ZELM_EXPORT ZString padString(const ZString& text, int width);
-/// Throws `std::length_error` for counts that no string holds.
-ZELM_EXPORT ZString repeatChar(char character, std::size_t count);
+/// Decimal text, padded as by `padString`.
+ZELM_EXPORT ZString fromInt(int value, int width = 0);
+ZELM_EXPORT ZString fromUnsignedInt(unsigned int value, int width = 0);
+/// As `printf` prints: 'f' fixed, 'e' and 'E' scientific, 'G' the shorter of both in upper case, any other
+/// letter the same in lower case. A negative precision counts as 6. Padded as by `padString`.
+ZELM_EXPORT ZString fromDouble(double value, char format, int precision, int width = 0);
 
-/// The pieces between characters of `delimiters`, each of which separates; empty ones only if `keep_empty`
-/// says so. The pieces share the text.
+/// The text filled with blanks to `width` bytes on the left or, for a negative width, to `-width` bytes on
+/// the right. Longer text is not cut. Width 0 shares the text, every other one makes a new Storage.
+ZELM_EXPORT ZString padString(const ZString& text, int width);
+/// `count` copies of `c`, in a Storage of their own. Throws `std::length_error` if they are too many.
+ZELM_EXPORT ZString repeatChar(char c, std::size_t count);
+
+/// The pieces between the characters of `text` that are in `delimiters`, sharing the characters of `text`.
+/// Empty pieces, also those at both ends, are dropped unless `keep_empty`.
 ZELM_EXPORT std::vector<ZString> tokenize(const ZString& text, const ZString& delimiters, bool keep_empty);
 ZELM_EXPORT std::vector<std::string> tokenize_to_std(const ZString& text, const ZString& delimiters,
                                                      bool keep_empty);
-/// to_string() of each element, which gives cut texts a Storage of their own.
+/// `to_string()` of each element; leaves each with a Storage of its exact text.
 ZELM_EXPORT std::vector<std::string> convertZStringVectorToStd(const std::vector<ZString>& texts);
 
-/// A double quote at both ends; quotes inside are not escaped.
+/// The text between double quotes; quotes in it are not escaped.
 ZELM_EXPORT ZString add_quotes(const ZString& text);
+/// Whether there are at least two characters, the first and the last being double quotes.
 ZELM_EXPORT bool enclosed_in_quotes(const ZString& text) noexcept;
-/// Without one pair of enclosing quotes, if there is one. Shares the text.
-ZELM_EXPORT ZString strip_quotes(const ZString& text);
+/// The text without one enclosing pair of double quotes, if it has one; sharing either way.
+ZELM_EXPORT ZString strip_quotes(const ZString& text) noexcept;
 
-/// Throws utf8-cpp's `utf8::invalid_utf8` "Invalid UTF-8", `utf8::invalid_code_point` "Invalid code point",
-/// `utf8::not_enough_room` "Not enough space".
+/// UTF-8 to UTF-16. Throws the exceptions of utf8-cpp, all derived from `utf8::exception`:
+/// `utf8::invalid_utf8` "Invalid UTF-8", `utf8::invalid_code_point` "Invalid code point",
+/// `utf8::not_enough_room` "Not enough space" for a character that is cut off at the end.
 ZELM_EXPORT std::u16string convertZStringToUtf16(const ZString& text);
-/// Throws utf8-cpp's `utf8::invalid_utf16` "Invalid UTF-16".
+/// UTF-16 to UTF-8, always with a Storage. Throws `utf8::invalid_utf16` "Invalid UTF-16" for a surrogate
+/// alone.
 ZELM_EXPORT ZString convertUtf16ToZString(const std::u16string& text);
 
 } // namespace Zelm
