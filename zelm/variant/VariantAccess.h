@@ -80,7 +80,8 @@ struct VariantAccess {
     /// the failures of conversion, and `std::invalid_argument` "Wrong data type" after a move.
     template <class T>
     static void convert(Variant& value) {
-        convert(value, wellKnownTypeOf<T>, &compareStorages<T>);
+        constexpr WellKnownType type = wellKnownTypeOf<T>;
+        convert(value, type, &compareStorages<T>);
     }
 
     /// The storage to write to in place of this one: itself if nobody shares it, else a clone.
