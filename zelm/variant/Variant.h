@@ -172,14 +172,15 @@ private:
     static Variant ofElements(Elements&& elements, ArrayDimensions dimensions, DataOrdering ordering) {
         using Element = details::VariantElementOf<T>;
         using Vector = std::vector<details::StoredElement<Element>>;
-        Vector stored;
+        const auto make = [&](Vector&& stored) {
+            return Variant(details::makeStorage<Element>(std::move(stored), std::move(dimensions), ordering),
+                           &details::compareStorages<Element>);
+        };
         if constexpr (std::is_same_v<std::decay_t<Elements>, Vector>) {
-            stored = std::forward<Elements>(elements);
+            return make(std::forward<Elements>(elements));
         } else {
-            stored.assign(elements.begin(), elements.end());
+            return make(Vector(elements.begin(), elements.end()));
         }
-        return Variant(details::makeStorage<Element>(std::move(stored), std::move(dimensions), ordering),
-                       &details::compareStorages<Element>);
     }
 
     std::shared_ptr<details::AbstractVariantStorage> storage;
