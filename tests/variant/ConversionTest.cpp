@@ -119,6 +119,7 @@ TEST(NumberConversion, AgreesWithTheModelForEveryPairPolicyAndEdge) {
 
 TEST(NumberConversion, FindsALostElementWhereverItStands) {
     constexpr std::size_t kCount = 1100;
+    constexpr std::size_t kPlaces[] = {0, 1, 2, 3, 63, 64, 65, 511, 512, 513, 1023, 1024, 1098, 1099};
     forEachNumberPair([&](const NumberType& from, const NumberType& to, const std::vector<Number>& numbers) {
         std::vector<Number> kept;
         std::vector<Number> lost;
@@ -140,7 +141,7 @@ TEST(NumberConversion, FindsALostElementWhereverItStands) {
         if (lost.empty()) {
             return;
         }
-        for (const std::size_t place : {0, 1, 2, 3, 63, 64, 65, 511, 512, 513, 1023, 1024, 1098, 1099}) {
+        for (const std::size_t place : kPlaces) {
             array.assign(kCount, kept.front());
             array[place] = lost[place % lost.size()];
             const auto spoilt = storageOfNumbers(from.tag(), array, {kCount});
@@ -189,6 +190,37 @@ TEST(NumberConversion, HasTheseValuesWhateverTheModelSays) {
     std::memcpy(&payload, &bits, sizeof payload);
     const double copy = only<double>(payload);
     EXPECT_EQ(std::memcmp(&copy, &payload, sizeof copy), 0);
+}
+
+/// Goes through all values of `From`: none may be lost that stays the same number, and the other way round.
+template <class From, class To>
+void expectLossOfEachValue() {
+    bool isAnyLost = false;
+    for (int value = std::numeric_limits<From>::min(); value <= std::numeric_limits<From>::max(); ++value) {
+        const auto from = static_cast<From>(value);
+        const To to = details::convertNumber<To>(from);
+        const bool isLost = details::lossOf(from, to) != 0;
+        ASSERT_EQ(isLost, static_cast<Real>(from) != static_cast<Real>(to)) << value;
+        isAnyLost |= isLost;
+    }
+    EXPECT_EQ((details::alwaysSurvives<From, To>()), !isAnyLost);
+}
+
+template <class... To>
+void expectLossOfEachNarrowValue(details::ElementTag<To>...) {
+    (expectLossOfEachValue<bool, To>(), ...);
+    (expectLossOfEachValue<signed char, To>(), ...);
+    (expectLossOfEachValue<unsigned char, To>(), ...);
+    (expectLossOfEachValue<short, To>(), ...);
+    (expectLossOfEachValue<unsigned short, To>(), ...);
+}
+
+TEST(NumberConversion, LosesExactlyTheNarrowValuesThatBecomeOthers) {
+    using details::ElementTag;
+    expectLossOfEachNarrowValue(
+        ElementTag<double>(), ElementTag<float>(), ElementTag<bool>(), ElementTag<signed char>(),
+        ElementTag<short>(), ElementTag<int>(), ElementTag<std::int64_t>(), ElementTag<unsigned char>(),
+        ElementTag<unsigned short>(), ElementTag<unsigned>(), ElementTag<std::uint64_t>());
 }
 
 TEST(ConversionOfAnyPair, HasItsFailuresInOrder) {

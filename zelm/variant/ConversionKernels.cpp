@@ -80,7 +80,7 @@ NumberConversion::NumberConversion(WellKnownType from, WellKnownType to, bool ch
             using To = typename decltype(toTag)::type;
             convert_ = &convertNumbers<From, To>;
             addImaginaryParts_ = &addImaginaryParts<To>;
-            if constexpr (!alwaysSurvives<From, To>) {
+            if constexpr (!alwaysSurvives<From, To>()) {
                 allSurvive_ = checked ? &allSurvive<From, To> : nullptr;
             }
         });

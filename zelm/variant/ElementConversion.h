@@ -109,6 +109,15 @@ BitsOf<T> bitsOf(T value) noexcept {
     return bits;
 }
 
+template <class T>
+constexpr bool isNegative([[maybe_unused]] T value) noexcept {
+    if constexpr (std::is_signed_v<T>) {
+        return value < T(0);
+    } else {
+        return false;
+    }
+}
+
 /// Zero if `from` comes back exactly from the `to` that it became. Between integers the sign has to last as
 /// well: -56 comes back as the 200 that it was, but it is another number.
 ///
@@ -118,10 +127,9 @@ template <class From, class To>
 BitsOf<From> lossOf(From from, To to) noexcept {
     const From back = convertNumber<From>(to);
     if constexpr (std::is_integral_v<From> && std::is_integral_v<To>) {
-        constexpr int signBit = std::numeric_limits<BitsOf<From>>::digits - 1;
-        const int negative = std::is_signed_v<From> != std::is_signed_v<To> ? 1 : 0;
-        return static_cast<BitsOf<From>>((bitsOf(from) ^ bitsOf(back)) |
-                                         (bitsOf(from) >> signBit) * negative);
+        constexpr bool mayChangeSign = std::is_signed_v<From> != std::is_signed_v<To>;
+        const BitsOf<From> hasChangedSign = mayChangeSign && isNegative(from) != isNegative(to);
+        return static_cast<BitsOf<From>>((bitsOf(from) ^ bitsOf(back)) | hasChangedSign);
     } else {
         return bitsOf(from == back ? From(0) : From(1));
     }
@@ -130,9 +138,11 @@ BitsOf<From> lossOf(From from, To to) noexcept {
 /// Whether every `From` survives, so that no test is worth its time. No floating type is among them: a NaN
 /// never equals what comes back.
 template <class From, class To>
-inline constexpr bool alwaysSurvives =
-    !std::is_floating_point_v<From> &&
-    (std::is_signed_v<To> || !std::is_signed_v<From>)&&std::numeric_limits<From>::digits <=
-        std::numeric_limits<To>::digits;
+constexpr bool alwaysSurvives() noexcept {
+    using Source = std::numeric_limits<From>;
+    using Target = std::numeric_limits<To>;
+    return Source::is_integer && (Target::is_signed || !Source::is_signed) &&
+           Source::digits <= Target::digits;
+}
 
 } // namespace Zelm::details
