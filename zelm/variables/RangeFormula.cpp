@@ -107,14 +107,14 @@ struct ScalarFormula {
 } // namespace
 
 Variant RangeFormula::element(std::uint64_t index) const {
-    if (std::optional<Variant> scalar = scalarElements(index, 1)) {
+    if (std::optional<Variant> scalar = scalarElements(index, 1, step_.dataOrdering())) {
         return *std::move(scalar);
     }
     return start_ + Variant(index) * step_;
 }
 
 Variant RangeFormula::elements(std::uint64_t first, std::uint64_t last) const {
-    if (std::optional<Variant> scalars = scalarElements(first, last - first + 1)) {
+    if (std::optional<Variant> scalars = scalarElements(first, last - first + 1, step_.dataOrdering())) {
         return *std::move(scalars);
     }
     Variant result = element(first);
@@ -133,7 +133,7 @@ Variant RangeFormula::array(std::uint64_t count) const {
     if (first.wellKnownType().isUnknown()) {
         return first;
     }
-    std::optional<Variant> scalars = count == 0 ? std::nullopt : scalarElements(0, count);
+    std::optional<Variant> scalars = count == 0 ? std::nullopt : scalarElements(0, count, RowMajor);
     if (!scalars) {
         return arrayOfRows(std::move(first), count);
     }
@@ -164,7 +164,8 @@ Variant RangeFormula::arrayOfRows(Variant first, std::uint64_t count) const {
     return Variant(std::move(array));
 }
 
-std::optional<Variant> RangeFormula::scalarElements(std::uint64_t first, std::uint64_t count) const {
+std::optional<Variant> RangeFormula::scalarElements(std::uint64_t first, std::uint64_t count,
+                                                    DataOrdering ordering) const {
     std::optional<Variant> result;
     const ArrayDimensions& rowShape = VariantAccess::shape(step_);
     if (!VariantAccess::shape(start_).isScalar() || !rowShape.isScalar()) {
@@ -179,8 +180,7 @@ std::optional<Variant> RangeFormula::scalarElements(std::uint64_t first, std::ui
             if (auto elements = formula.elements(first, count)) {
                 ArrayDimensions shape = rowShape;
                 shape[0] = count;
-                result = VariantAccess::make<Element>(*std::move(elements), std::move(shape),
-                                                      step_.dataOrdering());
+                result = VariantAccess::make<Element>(*std::move(elements), std::move(shape), ordering);
             }
         }
     });

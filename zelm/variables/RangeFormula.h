@@ -30,7 +30,8 @@ private:
     Variant arrayOfRows(Variant first, std::uint64_t count) const;
     /// Nothing if start or step is no scalar number, or if the operators would find a number that does not
     /// survive one of the conversions: they name the failure.
-    std::optional<Variant> scalarElements(std::uint64_t first, std::uint64_t count) const;
+    std::optional<Variant> scalarElements(std::uint64_t first, std::uint64_t count,
+                                          DataOrdering ordering) const;
 
     const Variant& start_;
     const Variant& step_;
