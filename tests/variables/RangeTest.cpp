@@ -115,6 +115,10 @@ TEST(Range, TypesOfElementsAndArrayDiffer) {
     const ZVariable unsignedIntegers(Variant(std::uint64_t{5}), 3, Variant(std::uint64_t{2}), ZUnit());
     EXPECT_EQ(unsignedIntegers[0].wellKnownType(), WellKnownType::UnsignedInt64());
     EXPECT_EQ(unsignedIntegers.dataInStoredUnit().wellKnownType(), WellKnownType::Double());
+    const std::int64_t odd = (std::int64_t{1} << 53) + 1;
+    const ZVariable single(Variant(odd), 1, Variant(2), ZUnit());
+    EXPECT_EQ(single.dataInStoredUnit().value<std::int64_t>(), odd);
+    EXPECT_THROW_MSG(single[0], std::runtime_error, "Conversion check failed");
     const ZVariable byOnes(Variant(5), 3, Variant(1), ZUnit());
     EXPECT_EQ(byOnes.dataInStoredUnit().wellKnownType(), WellKnownType::Double());
 }

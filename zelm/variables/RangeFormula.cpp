@@ -133,7 +133,8 @@ Variant RangeFormula::array(std::uint64_t count) const {
     if (first.wellKnownType().isUnknown()) {
         return first;
     }
-    std::optional<Variant> scalars = count == 0 ? std::nullopt : scalarElements(0, count, RowMajor);
+    // The formula proper counts from row 1 on: its wider types may refuse a start that row 0 takes.
+    std::optional<Variant> scalars = count < 2 ? std::nullopt : scalarElements(0, count, RowMajor);
     if (!scalars) {
         return arrayOfRows(std::move(first), count);
     }
