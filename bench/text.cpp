@@ -1,0 +1,64 @@
+// Text beside std::string and, where Qt is installed, QString.
+
+#include "Compare.h"
+
+#include <zelm/text/ZString.h>
+
+#include <string>
+
+#ifdef ZELM_BENCH_QT
+#include <QString>
+#endif
+
+namespace Zelm::Bench {
+namespace {
+
+std::string letters(std::size_t count) {
+    std::string text;
+    for (std::size_t i = 0; i < count; ++i) {
+        text += static_cast<char>('a' + i % 26);
+    }
+    return text;
+}
+
+#ifdef ZELM_BENCH_QT
+const Comparison copy(
+    "copy of 100 bytes / QString", 0.75,
+    [](benchmark::State& state) {
+        const ZString text(letters(100));
+        repeat(state, [&] { return ZString(text); });
+    },
+    [](benchmark::State& state) {
+        const QString text = QString::fromStdString(letters(100));
+        repeat(state, [&] { return QString(text); });
+    });
+#endif
+
+const Comparison cut(
+    "middle half of 1 kB / std::string::substr", 0.75,
+    [](benchmark::State& state) {
+        const ZString text(letters(1000));
+        repeat(state, [&] { return text.substr(250, 500); });
+    },
+    [](benchmark::State& state) {
+        const std::string text = letters(1000);
+        repeat(state, [&] { return text.substr(250, 500); });
+    });
+
+template <class Text>
+void appendSixteenBytes(benchmark::State& state) {
+    const std::string piece = letters(16);
+    for (auto _ : state) {
+        Text text;
+        for (int i = 0; i < 1000; ++i) {
+            text += piece;
+        }
+        benchmark::DoNotOptimize(text);
+    }
+}
+
+const Comparison append("1000 appends of 16 bytes / std::string", 1.1, appendSixteenBytes<ZString>,
+                        appendSixteenBytes<std::string>);
+
+} // namespace
+} // namespace Zelm::Bench
