@@ -18,6 +18,15 @@ std::string fixedText(double value, int decimals) {
     return buffer;
 }
 
+/// A frequency without an exponent, as long as that can be read.
+std::string frequencyText(double value) {
+    constexpr double kReadable = 1e15;
+    if (value < kReadable && value == std::floor(value)) {
+        return fixedText(value, 0);
+    }
+    return shortestText(value);
+}
+
 std::string padded(std::string text, std::size_t width) {
     return text.size() < width ? std::string(width - text.size(), ' ') + text : text;
 }
@@ -29,18 +38,22 @@ std::string unitOf(const ZVariable& variable) {
 std::string spanOf(const ZVariable& axis) {
     const std::vector<double> values = elementsOf<double>(axis.dataInStoredUnit());
     const std::string unit = " " + unitOf(axis);
-    return shortestText(values.front()) + unit + " to " + shortestText(values.back()) + unit;
+    return frequencyText(values.front()) + unit + " to " + frequencyText(values.back()) + unit;
 }
 
 std::string decibelText(double value) {
     constexpr double kFloor = -6000.0;
-    return value <= kFloor ? "0 (-6000 dB)" : fixedText(value, 3) + " dB";
+    if (value <= kFloor) {
+        return "0 (-6000 dB)";
+    }
+    const std::string text = fixedText(value, 3);
+    return (text == "-0.000" ? "0.000" : text) + " dB";
 }
 
 /// The value at `index` and the frequency there.
 std::string placeText(const std::vector<double>& decibels, std::size_t index, const std::vector<double>& axis,
                       const std::string& unit) {
-    return padded(decibelText(decibels[index]), 13) + " at " + shortestText(axis[index]) + " " + unit;
+    return padded(decibelText(decibels[index]), 13) + " at " + frequencyText(axis[index]) + " " + unit;
 }
 
 void printExtremes(std::ostream& out, const Measurement& measurement,
@@ -52,7 +65,8 @@ void printExtremes(std::ostream& out, const Measurement& measurement,
     out << "  magnitude  largest" << std::string(kColumn - 7, ' ') << "smallest\n";
     for (const auto& [name, variable] : decibels) {
         const std::vector<double> values = elementsOf<double>(variable.dataInStoredUnit());
-        const auto [smallest, largest] = std::minmax_element(values.begin(), values.end());
+        const auto smallest = std::min_element(values.begin(), values.end());
+        const auto largest = std::max_element(values.begin(), values.end());
         std::string text = "  " + name;
         text.resize(std::max<std::size_t>(text.size(), 9), ' ');
         std::string first = placeText(values, static_cast<std::size_t>(largest - values.begin()), axis, unit);
@@ -70,7 +84,7 @@ void printNoise(std::ostream& out, const Measurement& measurement) {
     const auto best = std::min_element(figures.begin(), figures.end());
     out << "noise      " << figures.size() << " rows, " << spanOf(axis) << ", lowest Fmin "
         << fixedText(*best, 3) << " dB at "
-        << shortestText(frequencies[static_cast<std::size_t>(best - figures.begin())]) << " " << unitOf(axis)
+        << frequencyText(frequencies[static_cast<std::size_t>(best - figures.begin())]) << " " << unitOf(axis)
         << '\n';
 }
 

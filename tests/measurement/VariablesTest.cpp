@@ -75,7 +75,11 @@ TEST(Variables, AxisIsARangeExactlyWhereTheFormulaGivesIt) {
     EXPECT_EQ(kind({1, 2, 3}), "RangeVar");
     EXPECT_EQ(kind(formula(0.045, 0.0001, 50)), "RangeVar");
     EXPECT_EQ(kind({1, 2, 10}), "ExplVar");
-    EXPECT_EQ(kind({330, 330.85, 331.7, 332.55, 333.4, 334.25, 335.1}), "ExplVar");
+    std::vector<double> decimal; // 330, 330.85, ... as a text gives them
+    for (int i = 0; i <= 200; ++i) {
+        decimal.push_back((33000 + 85 * i) / 100.0);
+    }
+    EXPECT_EQ(kind(decimal), "ExplVar");
 }
 
 TEST(Variables, CarryTheirUnitsAndTheirFrequency) {
