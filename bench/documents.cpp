@@ -45,7 +45,7 @@ ZPropertyHandle chain(int levels, int leaves) {
         for (int leaf = 0; leaf < leaves; ++leaf) {
             node->addChild(ZString(std::to_string(leaf)), Variant(1.5));
         }
-        node = &node->addChild("deeper");
+        node = node->addChild("deeper").get();
     }
     return tree.immutableHandle();
 }
