@@ -111,6 +111,7 @@ TEST(Sharing, AssignmentsTakeSwapAndBearThemselves) {
     EXPECT_EQ(taken.testing_get_ref_count(), 3);
     b = kLiteral;
     EXPECT_EQ(taken.testing_get_ref_count(), 2);
+    EXPECT_EQ(ZString(taken).to_string() + taken.to_string(), "bbbb");
     EXPECT_EQ(std::move(b).to_string() + (ZString("x") + "y").to_string(), "literalxy");
     ZString text(std::string("0123456789"));
     ZString& self = text;

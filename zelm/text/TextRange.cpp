@@ -40,8 +40,8 @@ std::size_t TextRange::find(ZStringView needle, std::size_t pos) const noexcept 
     if (needle.size() > length_ || pos > length_ - needle.size()) {
         return npos;
     }
-    if (needle.empty()) {
-        return pos;
+    if (needle.size() <= 1) {
+        return needle.empty() ? pos : find(needle.front(), pos);
     }
     return indexOf(::memmem(data_ + pos, length_ - pos, needle.data(), needle.size()), data_);
 }
