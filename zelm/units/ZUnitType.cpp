@@ -12,7 +12,10 @@ namespace Zelm {
 std::vector<ZUnitType> ZUnitType::sm_unitTypes;
 
 #define ZELM_QUANTITY(Accessor, s_static, name, reference, ...)                                              \
-    const ZUnitType ZUnitType::s_static = ZUnitType::Create(name, ZUnitDimensions(__VA_ARGS__), reference);
+    const ZUnitType ZUnitType::s_static = ZUnitType::Create(name, ZUnitDimensions(__VA_ARGS__), reference);  \
+    const ZUnitType& ZUnitType::Accessor() noexcept {                                                        \
+        return s_static;                                                                                     \
+    }
 ZELM_FOR_EACH_QUANTITY(ZELM_QUANTITY)
 #undef ZELM_QUANTITY
 

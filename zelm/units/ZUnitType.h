@@ -64,9 +64,7 @@ public:
     /// static of its name (`s_length`, `s_mass` ...), good until the library is unloaded.
 #define ZELM_QUANTITY(Accessor, s_static, name, reference, ...)                                              \
     static const ZUnitType s_static;                                                                         \
-    static const ZUnitType& Accessor() noexcept {                                                            \
-        return s_static;                                                                                     \
-    }
+    static const ZUnitType& Accessor() noexcept;
     ZELM_FOR_EACH_QUANTITY(ZELM_QUANTITY)
 #undef ZELM_QUANTITY
 
