@@ -277,6 +277,11 @@ TEST(VariantArithmetic, OperandsThatOthersHoldStayAndSoleOnesAreReused) {
     sole = mapElements<double>(std::move(sole), [](const double& x) { return x - 1; });
     EXPECT_EQ(place(sole), first);
     EXPECT_TRUE(sole.isIdenticalTo(Variant({13.25, 23.0, 38.0, 87.0}, {2, 2})));
+
+    // A null value that received elements still compares as a null one; a result in its place does not.
+    Variant grown;
+    grown.append(Variant({1.0, 2.0}));
+    EXPECT_TRUE((std::move(grown) + Variant(1.0)).isIdenticalTo(Variant({2.0, 3.0})));
 }
 
 TEST(VariantArithmetic, AFailingFunctionLeavesItsOperandAlone) {

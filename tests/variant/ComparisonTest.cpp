@@ -150,7 +150,7 @@ ZString element<ZString>(int n) {
 
 template <class T>
 void expectOneDifferenceIsSeenAnywhere() {
-    for (const std::size_t count : {1, 2, 63, 64, 65, 130}) {
+    for (const std::size_t count : Numbers{1, 2, 63, 64, 65, 130}) {
         const std::vector<T> elements(count, element<T>(0));
         expectRelation(elements, elements, Same);
         for (std::size_t i = 0; i < count; i = i < 3 || i > 60 ? i + 1 : 61) {
