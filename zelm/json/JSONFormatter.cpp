@@ -43,7 +43,7 @@ ZPropertyHandle JSONFormatter::deserialize(std::istream& in) {
     if (!reader_.parse(text.data(), text.data() + text.size(), root, true)) {
         throw std::invalid_argument("error parsing JSON: " + reader_.getFormattedErrorMessages());
     }
-    return details::readJsonTree(root);
+    return details::readJsonTree(root, details::JsonArrays::Full);
 }
 
 Json::Value JSONFormatter::WritePropertyTree(ZPropertyHandle tree) {
@@ -53,7 +53,7 @@ Json::Value JSONFormatter::WritePropertyTree(ZPropertyHandle tree) {
 }
 
 ZPropertyHandle JSONFormatter::ReadPropertyTree(Json::Value value) {
-    return details::readJsonTree(value);
+    return details::readJsonTree(value, details::JsonArrays::WithGaps);
 }
 
 Json::Value JSONFormatter::WriteVariant(Variant value) {
@@ -63,7 +63,7 @@ Json::Value JSONFormatter::WriteVariant(Variant value) {
 }
 
 Variant JSONFormatter::ReadVariant(Json::Value value) {
-    return details::readJsonValue(value);
+    return details::readJsonValue(value, details::JsonArrays::WithGaps);
 }
 
 } // namespace Zelm

@@ -17,6 +17,7 @@ std::string readToEnd(std::istream& in) {
     constexpr std::size_t kChunk = 1 << 16;
     std::string text;
     if (std::istream::sentry ready{in, true}) {
+        text.reserve(static_cast<std::size_t>(std::max<std::streamsize>(in.rdbuf()->in_avail(), 0)) + kChunk);
         std::size_t size = 0;
         std::size_t received = 0;
         do {

@@ -24,21 +24,18 @@ namespace {
 /// no entries, and jsoncpp refuses to index an object that has members.
 class EntryCursor {
 public:
-    explicit EntryCursor(Json::Value& array) : array_(&array), count_(array.size()) {
-        if (array.isArray()) {
-            position_ = array.begin();
-        }
-    }
+    EntryCursor(Json::Value& json, JsonArrays arrays)
+        : json_(&json), position_(json.begin()), count_(json.size()), mustSearch_(!json.isArray()),
+          mayMiss_(arrays == JsonArrays::WithGaps) {}
 
     Json::ArrayIndex count() const { return count_; }
     bool hasNext() const { return next_ != count_; }
 
     Json::Value& next() {
         const Json::ArrayIndex index = next_++;
-        // A step of the iterator costs less than a search. The search is for entries that nobody has set, and
-        // adds them as null.
-        if (!array_->isArray() || position_.index() != index) {
-            return (*array_)[index];
+        // A step of the iterator costs less than a search, which adds what is missing as null.
+        if (mustSearch_ || (mayMiss_ && position_.index() != index)) {
+            return (*json_)[index];
         }
         Json::Value& entry = *position_;
         ++position_;
@@ -46,10 +43,12 @@ public:
     }
 
 private:
-    Json::Value* array_;
+    Json::Value* json_;
     Json::Value::iterator position_;
     Json::ArrayIndex next_ = 0;
     Json::ArrayIndex count_;
+    bool mustSearch_;
+    bool mayMiss_;
 };
 
 template <class T>
@@ -71,16 +70,6 @@ T readPart(const Json::Value& json) {
     }
 }
 
-std::u16string readUnits(Json::Value& json) {
-    EntryCursor entries(json);
-    std::u16string units;
-    units.reserve(entries.count());
-    while (entries.hasNext()) {
-        units += static_cast<char16_t>(entries.next().asInt() & 0xffff);
-    }
-    return units;
-}
-
 WellKnownType readType(Json::Value& json) {
     if (!json.isMember("wellKnownType")) {
         throw std::runtime_error("wellKnownType key missing in conversion from JSON");
@@ -91,18 +80,6 @@ WellKnownType readType(Json::Value& json) {
         throw std::runtime_error("wellKnownType: " + keyword + " is unknown in conversion from JSON");
     }
     return type;
-}
-
-/// Negative extents wrap to more than any document can state.
-ArrayDimensions readDimensions(Json::Value& json) {
-    if (!json.isMember("dimensions")) {
-        throw std::runtime_error("Missing dimensions key in conversion from JSON");
-    }
-    std::vector<std::uint64_t> extents;
-    for (EntryCursor entries(json["dimensions"]); entries.hasNext();) {
-        extents.push_back(static_cast<std::uint64_t>(std::int64_t{entries.next().asInt()}));
-    }
-    return ArrayDimensions(std::move(extents));
 }
 
 DataOrdering readDataOrder(Json::Value& json) {
@@ -131,6 +108,8 @@ MutableVariant allocate(WellKnownType type, const ArrayDimensions& shape, DataOr
 
 class ValueReader {
 public:
+    explicit ValueReader(JsonArrays arrays) : arrays_(arrays) {}
+
     Variant read(Json::Value& json) {
         if (json["type"] != Json::Value("Variant")) {
             throw std::invalid_argument("Expected variant not found");
@@ -139,7 +118,7 @@ public:
         const ArrayDimensions shape = readDimensions(json);
         const DataOrdering ordering = readDataOrder(json);
         MutableVariant value = allocate(type, shape, ordering);
-        EntryCursor entries(json["data"]);
+        EntryCursor entries(json["data"], arrays_);
         if (entries.count() > shape.countAllElements()) {
             throw std::runtime_error(
                 "Variant dimensions less than actual data items in conversion from JSON");
@@ -155,6 +134,18 @@ public:
     }
 
 private:
+    /// Negative extents wrap to more than any document can state.
+    ArrayDimensions readDimensions(Json::Value& json) const {
+        if (!json.isMember("dimensions")) {
+            throw std::runtime_error("Missing dimensions key in conversion from JSON");
+        }
+        std::vector<std::uint64_t> extents;
+        for (EntryCursor entries(json["dimensions"], arrays_); entries.hasNext();) {
+            extents.push_back(static_cast<std::uint64_t>(std::int64_t{entries.next().asInt()}));
+        }
+        return ArrayDimensions(std::move(extents));
+    }
+
     template <class T>
     void readElements(EntryCursor& entries, std::vector<StoredElement<T>>& elements) {
         for (auto element = elements.begin(); entries.hasNext(); ++element) {
@@ -180,9 +171,17 @@ private:
         }
     }
 
+    std::u16string readUnits(Json::Value& json) const {
+        std::u16string units;
+        for (EntryCursor entries(json, arrays_); entries.hasNext();) {
+            units += static_cast<char16_t>(entries.next().asInt() & 0xffff);
+        }
+        return units;
+    }
+
     Struct readStruct(Json::Value& json) {
         Struct record;
-        for (EntryCursor members(json); members.hasNext();) {
+        for (EntryCursor members(json, arrays_); members.hasNext();) {
             Json::Value& member = members.next();
             ZString name(member["name"].asString());
             record.set(std::move(name), readNested(member["value"][0]));
@@ -199,11 +198,14 @@ private:
         return value;
     }
 
+    JsonArrays arrays_;
     std::size_t depth_ = 0;
 };
 
 class TreeReader {
 public:
+    explicit TreeReader(JsonArrays arrays) : arrays_(arrays) {}
+
     ZPropertyHandle read(Json::Value& json) {
         const std::string type = json["type"].asString();
         ZMutablePropertyTree tree(ZString(json["name"].asString()));
@@ -237,24 +239,25 @@ private:
             node.setObjectType(ZString(type));
         }
         if (json.isMember("value")) {
-            node.setValue(readJsonValue(json["value"]));
+            node.setValue(ValueReader(arrays_).read(json["value"]));
         }
         if (json.isMember("children")) {
-            open_.push_back({node, EntryCursor(json["children"])});
+            open_.push_back({node, EntryCursor(json["children"], arrays_)});
         }
     }
 
+    JsonArrays arrays_;
     std::vector<OpenNode> open_;
 };
 
 } // namespace
 
-Variant readJsonValue(Json::Value& json) {
-    return ValueReader().read(json);
+Variant readJsonValue(Json::Value& json, JsonArrays arrays) {
+    return ValueReader(arrays).read(json);
 }
 
-ZPropertyHandle readJsonTree(Json::Value& json) {
-    return TreeReader().read(json);
+ZPropertyHandle readJsonTree(Json::Value& json, JsonArrays arrays) {
+    return TreeReader(arrays).read(json);
 }
 
 } // namespace Zelm::details
