@@ -1,14 +1,15 @@
 // Searches and comparisons against std::string.
 
+#include <zelm/text/LinearSearch.h>
 #include <zelm/text/ZString.h>
 
 #include <support/ExpectThrow.h>
+#include <text/RandomTexts.h>
 
-#include <algorithm>
 #include <array>
-#include <random>
 
 using namespace Zelm;
+using namespace Zelm::Testing;
 
 namespace {
 
@@ -31,12 +32,6 @@ std::vector<std::string> smallTexts(std::size_t maxLength) {
         texts.push_back(texts[i] + 'b');
     }
     return texts;
-}
-
-std::string randomText(std::mt19937& random, std::size_t length, const std::string& letters) {
-    std::string text(length, ' ');
-    std::generate(text.begin(), text.end(), [&] { return letters[random() % letters.size()]; });
-    return text;
 }
 
 int sign(int value) {
@@ -73,20 +68,32 @@ TEST(Search, AgreesOnLongNeedlesThatNearlyMatchAndOnSetsOfAnyBytes) {
     std::mt19937 random(1);
     int found = 0;
     for (int round = 0; round < 10000; ++round) {
-        const std::string text = randomText(random, random() % 120, round % 2 ? "ab" : "a");
-        std::string needle = text.substr(random() % (text.size() + 1), random() % 60);
+        const std::string text = nearlyPeriodicText(random, random() % 500, "ab");
+        std::string needle = text.substr(random() % (text.size() + 1), random() % 300);
         if (!needle.empty() && random() % 2) {
             needle[random() % needle.size()] = 'b';
         }
-        const std::size_t pos = random() % 4 ? random() % 125 : npos;
+        const std::size_t pos = random() % 4 ? random() % 505 : npos;
         ASSERT_EQ(searches(ZStringView(text), needle, pos), searches(text, needle, pos))
             << text << '/' << needle;
-        found += needle.size() >= 16 && text.find(needle) != npos;
+        found += needle.size() > 100 && text.find(needle) != npos;
         const std::string bytes = randomText(random, 20, "\x7F\x80\xFF\x01");
         const std::string set = randomText(random, random() % 8, "\x7F\x80\xFF");
         ASSERT_EQ(searches(ZStringView(bytes), set, pos % 22), searches(bytes, set, pos % 22));
     }
     EXPECT_GT(found, 1000);
+}
+
+TEST(Search, TwoWayAgreesOnAllSmallTexts) {
+    const std::vector<std::string> needles = smallTexts(7);
+    for (const std::string& text : smallTexts(11)) {
+        for (auto needle = needles.begin() + 1; needle != needles.end(); ++needle) {
+            ASSERT_EQ(details::findTwoWay([&](std::size_t i) { return text[i]; }, text.size(),
+                                          [&](std::size_t i) { return (*needle)[i]; }, needle->size()),
+                      text.find(*needle))
+                << text << '/' << *needle;
+        }
+    }
 }
 
 // Trying each position would take minutes here.

@@ -4,10 +4,10 @@
 
 namespace Zelm::details {
 
-/// A set of characters, made ready once for any number of searches.
+/// A set of characters, made ready once for any number of searches, or by the compiler.
 class CharacterSet {
 public:
-    explicit CharacterSet(ZStringView characters) noexcept : size_(characters.size()) {
+    constexpr explicit CharacterSet(ZStringView characters) noexcept : size_(characters.size()) {
         for (const char c : characters) {
             contained_[static_cast<unsigned char>(c)] = true;
         }

@@ -76,28 +76,31 @@ std::size_t findTwoWay(TextAt text, std::size_t textLength, NeedleAt needle, std
 }
 
 /// The first match of a needle that is not empty in a text, all bits set if there is none. Both are functions
-/// from index to character, so that one search serves either direction and either sense of case. Linear in
-/// the sum of both lengths, in place.
-template <class TextAt, class NeedleAt>
-std::size_t findMatch(TextAt text, std::size_t textLength, NeedleAt needle, std::size_t length) {
-    // For so few characters trying each position costs less than to prepare.
-    constexpr std::size_t kShort = 16;
-    if (length >= kShort) {
-        return findTwoWay(text, textLength, needle, length);
-    }
-    const char first = needle(0);
-    for (std::size_t start = 0; start + length <= textLength; ++start) {
-        if (text(start) == first) {
-            std::size_t i = 1;
-            while (i < length && needle(i) == text(start + i)) {
-                ++i;
-            }
-            if (i == length) {
-                return start;
-            }
+/// from index to character, so that one search serves either direction and either sense of case; `next` skips
+/// to the first position from a given one on where the text has the needle's first character, or to the end.
+/// Linear in the sum of both lengths, in place.
+template <class TextAt, class NeedleAt, class Next>
+std::size_t findMatch(TextAt text, std::size_t textLength, NeedleAt needle, std::size_t length, Next next) {
+    constexpr std::size_t npos = static_cast<std::size_t>(-1);
+    std::size_t compared = 0;
+    for (std::size_t start = next(0); start + length <= textLength; start = next(start + 1)) {
+        std::size_t equal = 1;
+        while (equal < length && needle(equal) == text(start + equal)) {
+            ++equal;
+        }
+        if (equal == length) {
+            return start;
+        }
+        // Trying each position is fastest as long as mismatches come early.
+        compared += equal;
+        if (compared > 64 + 8 * start) {
+            const std::size_t rest = start + 1;
+            const auto textRest = [&](std::size_t i) { return text(rest + i); };
+            const std::size_t found = findTwoWay(textRest, textLength - rest, needle, length);
+            return found == npos ? npos : rest + found;
         }
     }
-    return static_cast<std::size_t>(-1);
+    return npos;
 }
 
 } // namespace Zelm::details

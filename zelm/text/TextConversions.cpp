@@ -7,6 +7,9 @@ namespace Zelm {
 ZString details::padded(ZStringView text, int width) {
     const auto field = static_cast<std::size_t>(width < 0 ? -static_cast<long long>(width) : width);
     const std::size_t padding = text.size() < field ? field - text.size() : 0;
+    if (padding == 0) {
+        return ZString(text);
+    }
     std::string result;
     result.reserve(text.size() + padding);
     result.append(width > 0 ? padding : 0, ' ').append(text.data(), text.size());

@@ -58,10 +58,15 @@ std::size_t TextRange::rfind(ZStringView needle, std::size_t pos) const noexcept
     if (needle.empty()) {
         return last;
     }
-    const char* const textEnd = data_ + last + needle.size();
+    const std::size_t searched = last + needle.size();
+    const char* const textEnd = data_ + searched;
+    const auto next = [&](std::size_t from) {
+        const void* const found = ::memrchr(data_, needle.back(), searched - from);
+        return found ? static_cast<std::size_t>(textEnd - 1 - static_cast<const char*>(found)) : searched;
+    };
     const std::size_t back =
-        findMatch([=](std::size_t i) { return *(textEnd - 1 - i); }, last + needle.size(),
-                  [=](std::size_t i) { return *(needle.end() - 1 - i); }, needle.size());
+        findMatch([=](std::size_t i) { return *(textEnd - 1 - i); }, searched,
+                  [=](std::size_t i) { return *(needle.end() - 1 - i); }, needle.size(), next);
     return back == npos ? npos : last - back;
 }
 

@@ -1,6 +1,27 @@
 #include <zelm/text/ZString.h>
 
+#include <zelm/text/CharacterSet.h>
+
+#include <algorithm>
+
 namespace Zelm {
+
+namespace {
+
+using details::CharacterSet;
+
+constexpr CharacterSet kBlank(" ");
+constexpr CharacterSet kWhitespace(" \t\n\v\f\r");
+
+/// The back goes first: a text of nothing but such characters ends up at its front.
+ZString trimmed(const ZString& text, const CharacterSet& chars, bool left, bool right) noexcept {
+    // With nothing to keep this is npos + 1, which is 0.
+    const std::size_t end = right ? chars.findLastNotIn(text, ZString::npos) + 1 : text.size();
+    const std::size_t start = left ? std::min(chars.findFirstNotIn(text, 0), end) : 0;
+    return text.mid(start, end - start);
+}
+
+} // namespace
 
 ZString::Storage::Storage(const Storage& other)
     : value(other.value), parent(other.parent), ref_count(other.ref_count.load()) {}
@@ -101,17 +122,33 @@ ZString operator_add_impl(ZStringView a, ZStringView b) {
 }
 
 ZString ZString::trim(ZStringView chars) const noexcept {
-    return trim_right(chars).trim_left(chars);
+    return trimmed(*this, CharacterSet(chars), true, true);
 }
-
 ZString ZString::trim_left(ZStringView chars) const noexcept {
-    const std::size_t first = find_first_not_of(chars);
-    return first == npos ? cut(length_, 0) : cut(first, length_ - first);
+    return trimmed(*this, CharacterSet(chars), true, false);
+}
+ZString ZString::trim_right(ZStringView chars) const noexcept {
+    return trimmed(*this, CharacterSet(chars), false, true);
 }
 
-ZString ZString::trim_right(ZStringView chars) const noexcept {
-    // With nothing to keep this is npos + 1, which is 0.
-    return cut(0, find_last_not_of(chars) + 1);
+ZString ZString::trim_space() const noexcept {
+    return trimmed(*this, kBlank, true, true);
+}
+ZString ZString::trim_space_left() const noexcept {
+    return trimmed(*this, kBlank, true, false);
+}
+ZString ZString::trim_space_right() const noexcept {
+    return trimmed(*this, kBlank, false, true);
+}
+
+ZString ZString::trim_whitespace() const noexcept {
+    return trimmed(*this, kWhitespace, true, true);
+}
+ZString ZString::trim_whitespace_left() const noexcept {
+    return trimmed(*this, kWhitespace, true, false);
+}
+ZString ZString::trim_whitespace_right() const noexcept {
+    return trimmed(*this, kWhitespace, false, true);
 }
 
 std::int32_t ZString::testing_get_ref_count() const noexcept {

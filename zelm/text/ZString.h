@@ -142,13 +142,13 @@ public:
     ZString trim_left(ZStringView chars) const noexcept;
     ZString trim_right(ZStringView chars) const noexcept;
     /// Trims blanks alone.
-    ZString trim_space() const noexcept { return trim(ZStringView(" ", 1)); }
-    ZString trim_space_left() const noexcept { return trim_left(ZStringView(" ", 1)); }
-    ZString trim_space_right() const noexcept { return trim_right(ZStringView(" ", 1)); }
+    ZString trim_space() const noexcept;
+    ZString trim_space_left() const noexcept;
+    ZString trim_space_right() const noexcept;
     /// Trims blank, tab, newline, vertical tab, form feed and carriage return.
-    ZString trim_whitespace() const noexcept { return trim(kWhitespace); }
-    ZString trim_whitespace_left() const noexcept { return trim_left(kWhitespace); }
-    ZString trim_whitespace_right() const noexcept { return trim_right(kWhitespace); }
+    ZString trim_whitespace() const noexcept;
+    ZString trim_whitespace_left() const noexcept;
+    ZString trim_whitespace_right() const noexcept;
 
     /// Every occurrence of `from` replaced by `to`, found from the front; what replaced it is not searched
     /// again. Shares this text if there is none or `from` is empty. Linear time.
@@ -200,8 +200,6 @@ public:
     static bool testing_release_pimpl(Storage* storage) noexcept;
 
 private:
-    static constexpr ZStringView kWhitespace{" \t\n\v\f\r", 6};
-
     /// Takes over one reference on `owner`.
     ZString(const char* data, std::size_t length, Storage* owner) noexcept
         : TextRange(data, length), pimpl_(owner) {}

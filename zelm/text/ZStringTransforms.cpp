@@ -22,6 +22,24 @@ bool equalIgnoringCase(const char* a, const char* b, std::size_t count) noexcept
                       [](char x, char y) { return details::toLower(x) == details::toLower(y); });
 }
 
+/// The first position of a letter in either case at or behind `from`, the size of the text if there is none.
+/// Looks ahead in growing windows, so that the case that does not occur is not sought through the whole text
+/// each time.
+std::size_t findEitherCase(ZStringView text, char letter, std::size_t from) noexcept {
+    for (std::size_t window = 64; from < text.size(); window *= 2) {
+        ZStringView ahead(text.data() + from, std::min(window, text.size() - from));
+        const std::size_t windowSize = ahead.size();
+        const std::size_t lower = ahead.find(details::toLower(letter));
+        ahead.remove_suffix(windowSize - std::min(lower, windowSize));
+        const std::size_t first = std::min(lower, ahead.find(details::toUpper(letter)));
+        if (first != ZStringView::npos) {
+            return from + first;
+        }
+        from += windowSize;
+    }
+    return text.size();
+}
+
 /// The first match of a needle at or after `pos`; `npos` if there is none.
 std::size_t findIgnoringCase(ZStringView text, ZStringView needle, std::size_t pos) noexcept {
     if (needle.size() > text.size() || pos > text.size() - needle.size()) {
@@ -30,10 +48,11 @@ std::size_t findIgnoringCase(ZStringView text, ZStringView needle, std::size_t p
     if (needle.empty()) {
         return pos;
     }
-    const char* const start = text.data() + pos;
+    text.remove_prefix(pos);
     const std::size_t found =
-        details::findMatch([=](std::size_t i) { return details::toLower(start[i]); }, text.size() - pos,
-                           [=](std::size_t i) { return details::toLower(needle[i]); }, needle.size());
+        details::findMatch([=](std::size_t i) { return details::toLower(text[i]); }, text.size(),
+                           [=](std::size_t i) { return details::toLower(needle[i]); }, needle.size(),
+                           [=](std::size_t from) { return findEitherCase(text, needle.front(), from); });
     return found == ZStringView::npos ? found : pos + found;
 }
 
