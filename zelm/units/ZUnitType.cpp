@@ -2,13 +2,35 @@
 
 #include <zelm/units/ZUnit.h>
 
+#include <cstddef>
 #include <stdexcept>
+#include <unordered_map>
 #include <utility>
 
 namespace Zelm {
 
-// The order of these definitions is the order of initialisation: first the registry, then the built-in
-// quantities, each of which appends its entry.
+namespace {
+
+struct SignatureHash {
+    std::size_t operator()(const ZUnitDimensions& d) const noexcept {
+        std::size_t hash = 0;
+        for (const int exponent :
+             {d.Length(), d.Mass(), d.Time(), d.ElectricalCurrent(), d.ThermodynamicTemperature(),
+              d.QuantityOfSubstance(), d.LuminousIntensity(), d.Angle(), d.SolidAngle()}) {
+            hash = hash * 31 + static_cast<unsigned>(exponent);
+        }
+        return hash;
+    }
+};
+
+/// The places in the registry of the entries with a signature, earliest first. Texts with new signatures add
+/// entries, so a search through the registry would make each such text dearer than the one before.
+std::unordered_map<ZUnitDimensions, std::vector<std::size_t>, SignatureHash> s_places;
+
+} // namespace
+
+// The order of definitions is the order of initialisation: first the index and the registry, then the
+// built-in quantities, each of which appends its entry.
 std::vector<ZUnitType> ZUnitType::sm_unitTypes;
 
 #define ZELM_QUANTITY(Accessor, s_static, name, reference, ...)                                              \
@@ -28,7 +50,14 @@ const ZUnitType& ZUnitType::Create(ZString name, ZUnitDimensions dimensions, ZSt
     if (referenceSiString.empty()) {
         referenceSiString = dimensions.SIUnitsString();
     }
-    sm_unitTypes.push_back(ZUnitType(std::move(name), std::move(referenceSiString), dimensions));
+    std::vector<std::size_t>& places = s_places[dimensions];
+    places.push_back(sm_unitTypes.size());
+    try {
+        sm_unitTypes.push_back(ZUnitType(std::move(name), std::move(referenceSiString), dimensions));
+    } catch (...) {
+        places.pop_back();
+        throw;
+    }
     return sm_unitTypes.back();
 }
 
@@ -44,28 +73,26 @@ const ZUnitType& ZUnitType::FindByReferenceSiString(const ZString& reference) {
 
 std::vector<ZUnitType> ZUnitType::FindCompatibleTypes(const ZUnitDimensions& dimensions) {
     std::vector<ZUnitType> compatible;
-    for (const ZUnitType& type : sm_unitTypes) {
-        if (type.dimensions_ == dimensions) {
-            compatible.push_back(type);
+    const auto found = s_places.find(dimensions);
+    if (found != s_places.end()) {
+        for (const std::size_t place : found->second) {
+            compatible.push_back(sm_unitTypes[place]);
         }
     }
     return compatible;
 }
 
 ZUnitType ZUnitType::FindUnitType(const ZUnitDimensions& dimensions, const ZString& siString) {
-    const ZUnitType* earliest = nullptr;
-    for (const ZUnitType& type : sm_unitTypes) {
-        if (type.dimensions_ != dimensions) {
-            continue;
-        }
-        if (siString.contains(type.reference_)) {
-            return type;
-        }
-        if (!earliest) {
-            earliest = &type;
+    const auto found = s_places.find(dimensions);
+    if (found == s_places.end() || found->second.empty()) {
+        return Create(siString, dimensions, ZString());
+    }
+    for (const std::size_t place : found->second) {
+        if (siString.contains(sm_unitTypes[place].reference_)) {
+            return sm_unitTypes[place];
         }
     }
-    return earliest ? *earliest : Create(siString, dimensions, ZString());
+    return sm_unitTypes[found->second.front()];
 }
 
 ZUnitType::DecibelType ZUnitType::GetDBType(const ZUnitType& type) noexcept {
