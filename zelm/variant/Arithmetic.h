@@ -3,8 +3,9 @@
 #include <zelm/variant/VariantAccess.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
-#include <stdexcept>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -36,6 +37,10 @@ public:
         GeneratingIterator before = *this;
         ++index_;
         return before;
+    }
+    GeneratingIterator& operator+=(difference_type n) noexcept {
+        index_ += static_cast<std::size_t>(n);
+        return *this;
     }
     friend difference_type operator-(const GeneratingIterator& a, const GeneratingIterator& b) noexcept {
         return static_cast<difference_type>(a.index_ - b.index_);

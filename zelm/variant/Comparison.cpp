@@ -7,7 +7,10 @@
 #include <cstring>
 #include <exception>
 #include <functional>
+#include <memory>
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 namespace Zelm {
 
