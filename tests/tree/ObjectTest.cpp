@@ -1,17 +1,18 @@
 #include <zelm/tree/ZObject.h>
 
 #include <support/ExpectThrow.h>
-#include <tree/AllocationCount.h>
+#include <text/Allocations.h>
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <vector>
 
 using namespace Zelm;
-using Zelm::Testing::allocationCount;
+using Zelm::Testing::allocationsOf;
 
 namespace {
 
@@ -21,24 +22,12 @@ public:
     Sample() : ZObject("Sample") {}
     Sample(ZGenericObject object) : ZObject(std::move(object), "Sample") {}
 
-    using ZObject::addChild;
-    using ZObject::deleteChild;
-    using ZObject::findChildValue;
-    using ZObject::getChildBoolWithDefault;
-    using ZObject::getChildPropertyValueWithDefault;
-    using ZObject::getChildren;
-    using ZObject::getChildrenIncludingLinks;
-    using ZObject::getChildStringWithDefault;
-    using ZObject::getEnumeratedChildren;
-    using ZObject::getObserver;
-    using ZObject::hasChild;
-    using ZObject::insertOrReplaceChild;
-    using ZObject::insertOrReplaceObserver;
-    using ZObject::isEnumeratedName;
-    using ZObject::mutate;
-    using ZObject::setChildPropertyValue;
-    using ZObject::setProperty;
-    using ZObject::setPropertyHandle;
+    using ZObject::addChild, ZObject::deleteChild, ZObject::findChildValue, ZObject::getChildBoolWithDefault,
+        ZObject::getChildPropertyValueWithDefault, ZObject::getChildren, ZObject::getChildrenIncludingLinks,
+        ZObject::getChildStringWithDefault, ZObject::getEnumeratedChildren, ZObject::getObserver,
+        ZObject::hasChild, ZObject::insertOrReplaceChild, ZObject::insertOrReplaceObserver,
+        ZObject::isEnumeratedName, ZObject::mutate, ZObject::setChildPropertyValue, ZObject::setProperty,
+        ZObject::setPropertyHandle;
 
     void setNumbered(const Sample& member, const ZString& number) {
         mutate([&](ZMutablePropertyHandle& self) {
@@ -266,19 +255,40 @@ TEST(Object, costs) {
     for (int i = 0; i < 200; ++i) {
         big.setProperty(ZString(std::to_string(i)), i);
     }
-    Variant fallback(0);
     const ZString key = "7";
-    int before = allocationCount();
-    const Variant value = big.getChildPropertyValueWithDefault(key, std::move(fallback));
-    EXPECT_EQ(allocationCount() - before, 0) << "reading a property";
-    before = allocationCount();
-    const Sample copy(big);
-    EXPECT_EQ(allocationCount() - before, 0) << "copying an object";
-    before = allocationCount();
-    object.addChild(key, copy);
-    EXPECT_LT(allocationCount() - before, 15) << "inserting an object of any size";
-    EXPECT_GT(allocationCount() - before, 1);
+    Variant value, fallback(0);
+    EXPECT_EQ(0, allocationsOf([&] {
+                  value = big.getChildPropertyValueWithDefault(key, std::move(fallback));
+                  const Sample copy(big);
+              }));
     EXPECT_TRUE(value.isEquivalentTo(7));
+    const long inserting = allocationsOf([&] { object.addChild(key, big); });
+    EXPECT_TRUE(inserting > 1 && inserting < 15) << inserting;
+}
+
+TEST(Object, exhausted_memory_leaves_the_object_on_its_version) {
+    Sample member, object;
+    member.setNumbered(member, "0");
+    object.setNumbered(member, "0");
+    const ZPropertyHandle before = object.propertyHandle();
+    int failures = 0;
+    for (bool done = false; !done; failures += !done) {
+        Testing::failAllocationAfter(failures);
+        try {
+            object.setNumbered(member, "1");
+            done = true;
+        } catch (const std::bad_alloc&) {
+            EXPECT_EQ(object.propertyHandle().sharedNode(), before.sharedNode());
+            EXPECT_EQ(before.child("Members").childrenCopy().size(), 1u);
+        }
+    }
+    Testing::failAllocationAfter(-1);
+    EXPECT_GT(failures, 5);
+    EXPECT_EQ(object.propertyHandle().child("Members").childrenCopy().size(), 2u);
+    static_cast<ZObject&>(object) = ZObject();
+    Testing::failAllocationAfter(0);
+    static_cast<ZObject&>(member) = ZObject();
+    Testing::failAllocationAfter(-1);
 }
 
 } // namespace

@@ -14,6 +14,12 @@ using namespace Zelm;
 
 namespace {
 
+using Path = ZPropertyHandle::Path;
+
+std::string text(const ZString& name) {
+    return std::string(name.data(), name.size());
+}
+
 /// The tree as plain nested maps, copied whole for each version.
 struct Model {
     std::optional<int> value;
@@ -27,18 +33,14 @@ struct Model {
         }
         return result;
     }
-    Model& at(const std::vector<std::string>& path) {
+    Model& at(const Path& path) {
         Model* node = this;
-        for (const std::string& name : path) {
-            node = &node->children.at(name);
+        for (const ZString& name : path) {
+            node = &node->children.at(text(name));
         }
         return *node;
     }
 };
-
-std::string text(const ZString& name) {
-    return std::string(name.data(), name.size());
-}
 
 ::testing::AssertionResult agree(const Model& model, const ZPropertyTreeNode& node,
                                  const std::string& where) {
@@ -67,10 +69,9 @@ public:
     explicit History(unsigned seed) : random_(seed) { begin(); }
 
     void step() {
-        const std::size_t source = pick(versions_.size());
-        Version next{versions_[source].tree, versions_[source].model};
-        const std::vector<std::string> path = randomPath(next.model);
-        ZPropertyHandle at(next.tree.basis(), handlePath(path));
+        Version next = versions_[pick(versions_.size())];
+        const Path path = randomPath(next.model);
+        const ZPropertyHandle at(next.tree.basis(), path);
         const ZPropertyHandle changed = change(at, path, next.model);
         countCollisions(at, changed);
         next.tree = ZPropertyHandle(changed.basis());
@@ -105,12 +106,8 @@ private:
         return names[pick(names.size())];
     }
 
-    static ZPropertyHandle::Path handlePath(const std::vector<std::string>& path) {
-        return ZPropertyHandle::Path(path.begin(), path.end());
-    }
-
-    std::vector<std::string> randomPath(const Model& model) {
-        std::vector<std::string> path;
+    Path randomPath(const Model& model) {
+        Path path;
         const Model* node = &model;
         while (!node->children.empty() && pick(3) != 0) {
             const auto child =
@@ -121,28 +118,26 @@ private:
         return path;
     }
 
-    ZPropertyHandle change(const ZPropertyHandle& at, const std::vector<std::string>& path, Model& model) {
+    ZPropertyHandle change(const ZPropertyHandle& at, const Path& path, Model& model) {
         Model& node = model.at(path);
         const std::string name = randomName();
         const ZString key(name);
-        switch (pick(7)) {
-        case 0:
+        const std::size_t kind = pick(7);
+        if (kind == 0) {
             node.children.erase(name);
             return at.removeChild(key);
-        case 1:
-            return rename(at, path, model, name);
-        case 2:
-        case 3:
-            return graft(at, node, name);
-        case 4:
-            return writeMany(at, node, name);
-        default:
-            node.children[name] = Model{counter_, "", {}};
-            return at.setChildValue(key, counter_++);
         }
+        if (kind == 1) {
+            return rename(at, path, model, name);
+        }
+        if (kind < 5) {
+            return kind == 2 ? writeMany(at, node, name) : graft(at, node, name);
+        }
+        node.children[name] = Model{counter_, "", {}};
+        return at.setChildValue(key, counter_++);
     }
 
-    ZPropertyHandle rename(const ZPropertyHandle& at, const std::vector<std::string>& path, Model& model,
+    ZPropertyHandle rename(const ZPropertyHandle& at, const Path& path, Model& model,
                            const std::string& name) {
         const ZPropertyHandle renamed = at.rename(ZString(name));
         if (!path.empty()) {
@@ -158,8 +153,8 @@ private:
 
     ZPropertyHandle graft(const ZPropertyHandle& at, Model& node, const std::string& name) {
         Version& other = versions_[pick(versions_.size())];
-        const std::vector<std::string> path = randomPath(other.model);
-        const ZPropertyHandle grafted(other.tree.basis(), handlePath(path));
+        const Path path = randomPath(other.model);
+        const ZPropertyHandle grafted(other.tree.basis(), path);
         if (name.empty()) {
             EXPECT_THROW(at.insertChild(ZString(), grafted), std::invalid_argument);
             return at;
@@ -189,8 +184,8 @@ private:
 
     /// What constructing an object on a node does.
     void rebase(Version& version) {
-        const std::vector<std::string> path = randomPath(version.model);
-        const ZPropertyHandle at(version.tree.basis(), handlePath(path));
+        const Path path = randomPath(version.model);
+        const ZPropertyHandle at(version.tree.basis(), path);
         version.tree = ZObject(at, at.getObjectType()).propertyHandle();
         const Model copy = version.model.at(path);
         version.model = copy;

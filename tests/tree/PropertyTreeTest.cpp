@@ -130,11 +130,6 @@ TEST(PropertyTree, iteration_yields_resolved_handles_and_keeps_the_version) {
         EXPECT_TRUE(reads(child, seen.size() == 1 ? 2 : 3));
     }
     EXPECT_EQ(seen, (std::vector<std::string>{"b", "c"}));
-    const ZPropertyHandle root = sample();
-    auto position = root.begin();
-    EXPECT_EQ((*position++).getName(), ZString("a"));
-    EXPECT_EQ((*position).getName(), ZString("z"));
-    EXPECT_TRUE(++position == root.end() && root.begin() != root.end());
 }
 
 TEST(PropertyTree, trees_made_from_a_published_version_derive_from_it) {
