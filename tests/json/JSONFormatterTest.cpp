@@ -129,9 +129,10 @@ struct DecimalComma : std::numpunct<char> {
 TEST(JSONFormatter, documents_do_not_depend_on_the_locale) {
     Testing::RandomDocuments random(Testing::RandomDocuments::Readable, 3);
     JSONFormatter formatter;
-    const std::string value = R"({"name":"1.5\"","value":{"type":"Variant", // 0.5 "
-        "wellKnownType":"double","dataOrder":"rowMajor","dimensions":[9], /* 1.5 " */ "data":[0.5,-2.50e3,1.,
-        12345.625E-2,1.5e-0400,1.5e-99999999999999999999,1e2,1234567890123456789012,0.1]}} // 2.5)";
+    const std::string value = R"({"name":"1.5\"","value":{"type":"Variant","wellKnownType":"double",
+        "dataOrder":"rowMajor","dimensions":[9],"data":[0.5, // 0.5 "
+        -2.50e3, /* 1.5 " */ 1.,12345.625E-2,1.5e-0400,1.5e-99999999999999999999,1e2,1234567890123456789012,
+        0.1]}} // 2.5)";
     const std::string expected = rewritten(formatter, value);
     EXPECT_NE(expected.find("[0.5,-2500,1,123.45625,0,0,100,1.2345678901234568e+21,0.10000000000000001]"),
               std::string::npos);

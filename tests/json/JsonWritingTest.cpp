@@ -217,9 +217,10 @@ TEST(JsonWriting, depth_costs_no_stack_and_cells_have_a_limit) {
     const ZPropertyHandle limit = tree.immutableHandle();
     JSONFormatter formatter;
     EXPECT_TRUE(formatter.ReadPropertyTree(formatter.WritePropertyTree(limit)).isEquivalentTo(limit));
-    deepen(10000, 200000);
+    deepen(10000, 10001);
     EXPECT_THROW_MSG(formatter.WritePropertyTree(limit), std::length_error,
                      "Values nested too deeply for JSON");
+    deepen(10001, 200000);
     const std::string document = documentOf(limit);
     EXPECT_EQ(document.substr(0, 28), R"({"children":[{"children":[{")");
     EXPECT_EQ(document.substr(document.size() - 27), "],\"name\":\"1\"}],\"name\":\"0\"}\n");
@@ -231,6 +232,8 @@ TEST(JsonWriting, depth_costs_no_stack_and_cells_have_a_limit) {
     Json::Value written = formatter.WriteVariant(nested);
     EXPECT_TRUE(formatter.ReadVariant(written).isIdenticalTo(nested));
     EXPECT_EQ(documentOf(nested) + "\n", fastWriter(written));
+    const Variant wide = std::vector<Variant>(1001, 1);
+    EXPECT_TRUE(formatter.ReadVariant(formatter.WriteVariant(wide)).isIdenticalTo(wide));
     Struct record;
     record.set("deeper", nested);
     EXPECT_THROW_MSG(documentOf(record), std::length_error, "Values nested too deeply for JSON");

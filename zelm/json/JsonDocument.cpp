@@ -92,12 +92,12 @@ private:
         result_ += fraction;
         result_ += 'e';
         if (const auto exponent = takeExponent()) {
-            result_ += std::to_string(*exponent - static_cast<std::int64_t>(fraction.size()));
+            result_ += std::to_string(std::int64_t{*exponent} - static_cast<std::int64_t>(fraction.size()));
         }
     }
 
     /// The exponent that follows, 0 if there is none, nothing for one without digits.
-    std::optional<std::int64_t> takeExponent() {
+    std::optional<std::int32_t> takeExponent() {
         if (!isAt('e') && !isAt('E')) {
             return 0;
         }
@@ -110,10 +110,8 @@ private:
         if (digits.empty()) {
             return std::nullopt;
         }
-        constexpr std::int64_t kBeyondAllDoubles = 1'000'000'000;
-        std::int64_t exponent = kBeyondAllDoubles; // and stays so if there are too many digits
+        std::int32_t exponent = 1'000'000'000; // beyond all doubles; stays if the digits are too many
         std::from_chars(digits.data(), digits.data() + digits.size(), exponent);
-        exponent = std::min(exponent, kBeyondAllDoubles);
         return isNegative ? -exponent : exponent;
     }
 

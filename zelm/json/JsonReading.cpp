@@ -96,12 +96,12 @@ DataOrdering readDataOrder(Json::Value& json) {
     throw std::runtime_error("dataOrder value: " + order + " is not recognized in conversion from JSON");
 }
 
+/// Extents whose product no memory holds fail in the allocation; negative ones could hide behind a zero.
 MutableVariant allocate(WellKnownType type, const ArrayDimensions& shape, DataOrdering ordering) {
     constexpr std::uint64_t kLargestExtent = std::numeric_limits<Json::Int>::max();
-    const bool hasNegativeExtent =
-        std::any_of(shape.begin(), shape.end(), [](std::uint64_t extent) { return extent > kLargestExtent; });
-    if (hasNegativeExtent || shape.countAllElements() == std::numeric_limits<std::uint64_t>::max()) {
-        throw std::length_error("Dimensions out of range in conversion from JSON");
+    if (std::any_of(shape.begin(), shape.end(),
+                    [](std::uint64_t extent) { return extent > kLargestExtent; })) {
+        throw std::length_error("Negative dimension in conversion from JSON");
     }
     return MutableVariant::createWithAllocatedArrayOfWellKnownType(type, shape, ordering);
 }
