@@ -1,13 +1,16 @@
 #include <zelm/variables/VariableStrategies.h>
 
 #include <zelm/arrays/IndexSet.h>
+#include <zelm/variables/StrategySupport.h>
+
+#include <utility>
 
 namespace Zelm {
 
 ExplicitDataVariableStrategy ExplicitDataVariableStrategy::instance;
 
 const Variant ExplicitDataVariableStrategy::Iterator::operator*() const {
-    return (*variable_)[position_];
+    return ZVariableIterator::operator*();
 }
 
 namespace {
@@ -60,7 +63,7 @@ ZVariableIterator ExplicitDataVariableStrategy::iteratorAt(ZVariable* variable, 
 ZPropertyHandle ExplicitDataVariableStrategy::write(const ZVariable& variable, Variant data,
                                                     const ZUnit& unit) const {
     return variable.propertyHandle().changed([&](ZMutablePropertyHandle& root) {
-        root.setChildValue(kData, std::move(data));
+        root.setChildValue(details::childName(kData), std::move(data));
         root.attachChild(ZVariable::Unit, unit.propertyHandle());
     });
 }

@@ -1,6 +1,6 @@
 #include <zelm/variables/RangeFormula.h>
 
-#include <zelm/variables/VariableStrategies.h>
+#include <zelm/variables/StrategySupport.h>
 #include <zelm/variant/Arithmetic.h>
 #include <zelm/variant/ElementArithmetic.h>
 #include <zelm/variant/ElementConversion.h>
@@ -130,9 +130,6 @@ Variant RangeFormula::elements(std::uint64_t first, std::uint64_t last) const {
 
 Variant RangeFormula::array(std::uint64_t count) const {
     Variant first = firstElement();
-    if (first.wellKnownType().isUnknown()) {
-        return first;
-    }
     // The formula proper counts from row 1 on: its wider types may refuse a start that row 0 takes.
     std::optional<Variant> scalars = count < 2 ? std::nullopt : scalarElements(0, count, RowMajor);
     if (!scalars) {

@@ -1,15 +1,17 @@
 #include <zelm/variables/VariableStrategies.h>
 
 #include <zelm/variables/RangeFormula.h>
+#include <zelm/variables/StrategySupport.h>
 
 #include <stdexcept>
+#include <utility>
 
 namespace Zelm {
 
 RangeVariableStrategy RangeVariableStrategy::instance;
 
 const Variant RangeVariableStrategy::Iterator::operator*() const {
-    return (*variable_)[position_];
+    return ZVariableIterator::operator*();
 }
 
 namespace {
@@ -18,11 +20,21 @@ std::uint64_t countOf(const ZVariable& variable) {
     return details::propertyOf(variable, RangeVariableStrategy::kCount).value<std::uint64_t>();
 }
 
-/// The step, 1.0 if there is none.
-const Variant& stepOf(const ZVariable& variable) {
-    static const Variant one(1.0);
+/// The step that is stored, if there is one.
+const Variant* findStep(const ZVariable& variable) {
     const ZPropertyTreeNode* step = variable.propertyHandle().node().findChild(RangeVariableStrategy::kStep);
-    return step ? step->value() : one;
+    return step ? &step->value() : nullptr;
+}
+
+/// The step of a range that stores none.
+const Variant& defaultStep() {
+    static const Variant one(1.0);
+    return one;
+}
+
+const Variant& stepOf(const ZVariable& variable) {
+    const Variant* step = findStep(variable);
+    return step ? *step : defaultStep();
 }
 
 details::RangeFormula formulaOf(const ZVariable& variable) {
@@ -83,13 +95,12 @@ ZVariableIterator RangeVariableStrategy::iteratorAt(ZVariable* variable, std::si
 
 ZPropertyHandle RangeVariableStrategy::write(const ZVariable& variable, Variant start, std::size_t count,
                                              Variant step, const ZUnit& unit) const {
-    const ZPropertyHandle& before = variable.propertyHandle();
-    const bool writesStep = before.hasChild(ZString(kStep)) || !step.isEquivalentTo(Variant(1.0));
-    return before.changed([&](ZMutablePropertyHandle& root) {
-        root.setChildValue(kStart, std::move(start));
-        root.setChildValue(kCount, Variant(std::uint64_t{count}));
+    const bool writesStep = findStep(variable) || !step.isEquivalentTo(defaultStep());
+    return variable.propertyHandle().changed([&](ZMutablePropertyHandle& root) {
+        root.setChildValue(details::childName(kStart), std::move(start));
+        root.setChildValue(details::childName(kCount), Variant(std::uint64_t{count}));
         if (writesStep) {
-            root.setChildValue(kStep, std::move(step));
+            root.setChildValue(details::childName(kStep), std::move(step));
         }
         root.attachChild(ZVariable::Unit, unit.propertyHandle());
     });

@@ -58,7 +58,7 @@ public:
     ZVariable convertToUnit(const ZVariable& variable, ZUnit to) const override;
     ZVariableIterator iteratorAt(ZVariable* variable, std::size_t position) const override;
 
-    /// The next version of the variable's tree, with these values and this unit.
+    /// The next version of the variable's tree, with these values and this unit. What else is in it stays.
     ZPropertyHandle write(const ZVariable& variable, Variant data, const ZUnit& unit) const;
 };
 
@@ -90,18 +90,9 @@ public:
     ZVariableIterator iteratorAt(ZVariable* variable, std::size_t position) const override;
 
     /// The next version of the variable's tree. A step equivalent to 1 is left out unless there is one to
-    /// replace.
+    /// replace; it is read as the `Double()` 1 then, whatever its type was.
     ZPropertyHandle write(const ZVariable& variable, Variant start, std::size_t count, Variant step,
                           const ZUnit& unit) const;
 };
 
-namespace details {
-
-/// The value of a child in place; throws `std::runtime_error` `Property "name" not found`.
-const Variant& propertyOf(const ZVariable& variable, ZStringView name);
-
-/// One index set for each dimension: `rows` in the first one, everything in the others.
-std::vector<IndexSet> rowSlice(IndexSet rows, std::uint64_t numberOfDimensions);
-
-} // namespace details
 } // namespace Zelm

@@ -1,79 +1,51 @@
 #include <zelm/variables/ZVariable.h>
 
+#include <zelm/variables/StrategySupport.h>
 #include <zelm/variables/VariableStrategies.h>
 
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
 namespace Zelm {
 
-namespace details {
-
-const Variant& propertyOf(const ZVariable& variable, ZStringView name) {
-    const ZPropertyTreeNode* child = variable.propertyHandle().node().findChild(name);
-    if (!child) {
-        // Throws in the words of the tree.
-        variable.propertyHandle().child(ZString(name));
-    }
-    return child->value();
-}
-
-std::vector<IndexSet> rowSlice(IndexSet rows, std::uint64_t numberOfDimensions) {
-    std::vector<IndexSet> sets(numberOfDimensions, IndexSet(IndexRange::all));
-    if (!sets.empty()) {
-        sets.front() = std::move(rows);
-    }
-    return sets;
-}
-
-} // namespace details
-
 namespace {
+
+constexpr ZStringLiteral kObjectType("Variable", 8);
 
 /// The name of the independent number `index`.
 ZString indepName(std::size_t index) {
     return ZString(std::to_string(index));
 }
 
-/// The saved independents in the order of their names.
-template <class GetEnumerated>
-std::vector<ZGenericObject> savedIndeps(const ZPropertyHandle& variable, GetEnumerated&& getEnumerated) {
-    std::vector<ZGenericObject> found;
-    const ZString folder(ZVariable::Indeps);
-    if (variable.hasChild(folder)) {
-        for (auto& [name, object] : getEnumerated(variable.child(folder))) {
-            if (object.getObjectType() == ZVariable::objectType()) {
-                found.push_back(std::move(object));
-            }
-        }
-    }
-    return found;
+/// A child seen through, if it is a link. Throws `std::runtime_error` `Property "Link" not found`.
+ZPropertyHandle linked(ZPropertyHandle child) {
+    return child.getObjectType() == ZObserver::objectType() ? child.child("Link") : child;
 }
 
 } // namespace
 
 std::string ZVariable::objectType() {
-    return "Variable";
+    return kObjectType;
 }
 
 ZVariable::ZVariable() : ZVariable(Variant(), ZUnit()) {}
 
-ZVariable::ZVariable(Variant data, ZUnit unit) : ZObject(ZString(objectType())) {
+ZVariable::ZVariable(Variant data, ZUnit unit) : ZObject(kObjectType) {
     setData(std::move(data), std::move(unit));
 }
 
 ZVariable::ZVariable(MutableVariant&& data, ZUnit unit)
     : ZVariable(Variant(std::move(data)), std::move(unit)) {}
 
-ZVariable::ZVariable(Variant start, std::size_t count, Variant step, ZUnit unit)
-    : ZObject(ZString(objectType())) {
+ZVariable::ZVariable(Variant start, std::size_t count, Variant step, ZUnit unit) : ZObject(kObjectType) {
     setDataAsRange(std::move(start), count, std::move(step), std::move(unit));
 }
 
-ZVariable::ZVariable(ZGenericObject object) : ZObject(std::move(object), ZString(objectType())) {
-    if (hasChild(ZString(ExplicitDataVariableStrategy::kData))) {
+ZVariable::ZVariable(ZGenericObject object) : ZObject(std::move(object), kObjectType) {
+    if (hasChild(details::childName(ExplicitDataVariableStrategy::kData))) {
         setStrategy(ExplicitData);
-    } else if (hasChild(ZString(RangeVariableStrategy::kStart))) {
+    } else if (hasChild(details::childName(RangeVariableStrategy::kStart))) {
         setStrategy(Range);
     } else {
         throw std::invalid_argument("Object does not represent a valid ZVariable");
@@ -141,8 +113,7 @@ ZString ZVariable::strategyVariableType() const {
 }
 
 ZUnit ZVariable::unitOfData() const {
-    const ZPropertyHandle child = propertyHandle().child(Unit);
-    return ZUnit(child.getObjectType() == ZObserver::objectType() ? child.child("Link") : child);
+    return ZUnit(linked(propertyHandle().child(Unit)));
 }
 
 ZVariable ZVariable::convertToUnit(ZUnit unit) const {
@@ -152,7 +123,7 @@ ZVariable ZVariable::convertToUnit(ZUnit unit) const {
 void ZVariable::setIndep(const ZVariable& indep, std::size_t index) {
     const ZPropertyHandle tree = indep.propertyHandle();
     mutate([&](ZMutablePropertyHandle& root) {
-        root.getOrCreateChild(ZString(Indeps)).attachChild(indepName(index), tree);
+        root.getOrCreateChild(Indeps).attachChild(indepName(index), tree);
     });
 }
 
@@ -161,7 +132,7 @@ void ZVariable::setIndeps(const ZVariable* indeps, std::size_t count) {
         return;
     }
     mutate([&](ZMutablePropertyHandle& root) {
-        ZMutablePropertyHandle folder = root.getOrCreateChild(ZString(Indeps));
+        ZMutablePropertyHandle folder = root.getOrCreateChild(Indeps);
         for (std::size_t i = 0; i < count; ++i) {
             folder.attachChild(indepName(i), indeps[i].propertyHandle());
         }
@@ -176,39 +147,60 @@ void ZVariable::setIndeps(std::initializer_list<ZVariable> indeps) {
     setIndeps(indeps.begin(), indeps.size());
 }
 
+/// Calls `visit` for each independent in the order of the list, with a function that builds it.
+template <class Visit>
+void ZVariable::visitIndeps(Visit visit) const {
+    const ZPropertyTreeNode* folder = propertyHandle().node().findChild(Indeps);
+    if (!folder) {
+        return;
+    }
+    for (const auto& [name, node] : folder->children()) {
+        if (!isEnumeratedName(name, ZStringView())) {
+            continue;
+        }
+        const auto handle = [&, &name = name] { return linked(propertyHandle().child(Indeps).child(name)); };
+        const bool isLink = node->objectType() == ZObserver::objectType();
+        if ((isLink ? handle().getObjectType() : node->objectType()) == kObjectType) {
+            visit([&] { return ZVariable(handle()); });
+        }
+    }
+}
+
 std::size_t ZVariable::indepCount() const noexcept {
+    std::size_t count = 0;
     try {
-        return savedIndeps(
-                   propertyHandle(),
-                   [](const ZPropertyHandle& folder) { return getEnumeratedChildren(folder, ZString()); })
-            .size();
+        visitIndeps([&](const auto&) { ++count; });
     } catch (...) {
         return 0;
     }
+    return count;
 }
 
 std::vector<ZVariable> ZVariable::indeps() const {
-    const auto saved = savedIndeps(propertyHandle(), [](const ZPropertyHandle& folder) {
-        return getEnumeratedChildren(folder, ZString());
-    });
-    return std::vector<ZVariable>(saved.begin(), saved.end());
+    std::vector<ZVariable> all;
+    visitIndeps([&](const auto& build) { all.push_back(build()); });
+    return all;
 }
 
 ZVariable ZVariable::indep(std::size_t index) const {
-    const auto saved = savedIndeps(propertyHandle(), [](const ZPropertyHandle& folder) {
-        return getEnumeratedChildren(folder, ZString());
+    std::optional<ZVariable> found;
+    std::size_t position = 0;
+    visitIndeps([&](const auto& build) {
+        if (position++ == index) {
+            found = build();
+        }
     });
-    if (index >= saved.size()) {
+    if (!found) {
         throw std::out_of_range("Index of independent out of bounds");
     }
-    return ZVariable(saved[index]);
+    return *std::move(found);
 }
 
 bool ZVariable::hasEquivalentData(const ZVariable& other) const {
     const Variant own = dataInStoredUnit();
     try {
         return own.isEquivalentTo(other.convertToUnit(unitOfData()).dataInStoredUnit());
-    } catch (const std::exception&) {
+    } catch (...) {
         return false;
     }
 }
@@ -238,9 +230,7 @@ bool ZVariable::isEquivalentTo(const ZVariable& other) const {
         OpenPair& pair = open.back();
         if (pair.next < pair.indepsOfA.size()) {
             const std::size_t i = pair.next++;
-            const ZVariable a = pair.indepsOfA[i];
-            const ZVariable b = pair.indepsOfB[i];
-            if (!enter(a, b)) {
+            if (!enter(pair.indepsOfA[i], pair.indepsOfB[i])) {
                 return false;
             }
             continue;

@@ -51,7 +51,7 @@ public:
     ZVariable(ZVariable&&) noexcept = default;
     ZVariable& operator=(const ZVariable&) = default;
     ZVariable& operator=(ZVariable&&) noexcept = default;
-    virtual ~ZVariable();
+    ~ZVariable() override;
 
     /// Explicit values in `unit`.
     void setData(Variant data, ZUnit unit);
@@ -87,7 +87,8 @@ public:
     ZString strategyVariableType() const;
 
     /// The stored unit. Throws `std::logic_error` "Unit expected but not found" if something else is filed
-    /// there.
+    /// there, `std::runtime_error` `Property "Unit" not found` if nothing is, and as ZUnit(ZGenericObject)
+    /// does.
     ZUnit unitOfData() const;
     /// The same values in another unit, without independents and metadata. A range stays one: start and step
     /// go through the same conversion, so with an offset or a logarithmic unit the result is no longer the
@@ -105,7 +106,8 @@ public:
     /// All independents in text order of their numbers: with more than ten of them, number 10 comes before
     /// number 2.
     std::vector<ZVariable> indeps() const;
-    /// The one at a position of that list. Throws `std::out_of_range` past its end. Linear in `index`.
+    /// The one at a position of that list. Throws `std::out_of_range` past its end. Builds only this
+    /// one, but looks at the names and types of all.
     ZVariable indep(std::size_t index) const;
 
     /// The same values once `other` is converted to this unit, equivalent independents in the same order, and
@@ -122,6 +124,8 @@ private:
 
     void setStrategy(Strategy strategy) noexcept;
     void setIndeps(const ZVariable* indeps, std::size_t count);
+    template <class Visit>
+    void visitIndeps(Visit visit) const;
     bool hasEquivalentData(const ZVariable& other) const;
 
     IVariableStrategy* strategy_ = nullptr;
