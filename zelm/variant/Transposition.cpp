@@ -16,6 +16,24 @@ std::vector<std::uint64_t> axesOf(const ArrayDimensions& shape) {
     return extents;
 }
 
+/// Reads some rows side by side, as many as make one cache line of each target column: reading runs ahead in
+/// all of them, and every line is written whole. More rows suffer where the strides are powers of two, since
+/// then their lines compete for the same few places of the cache. The plane comes by value: a byte that is
+/// written could be a part of any other.
+template <std::size_t Size>
+void transposePlane(const unsigned char* source, unsigned char* target, TranspositionPlan::Plane plane) {
+    constexpr std::uint64_t kRows = 64 / Size;
+    for (std::uint64_t top = 0; top < plane.rows; top += kRows) {
+        const std::uint64_t bottom = std::min(top + kRows, plane.rows);
+        for (std::uint64_t column = 0; column < plane.columns; ++column) {
+            for (std::uint64_t row = top; row < bottom; ++row) {
+                std::memcpy(target + (column * plane.targetColumnStride + row) * Size,
+                            source + (row * plane.sourceRowStride + column) * Size, Size);
+            }
+        }
+    }
+}
+
 } // namespace
 
 TranspositionPlan::TranspositionPlan(const ArrayDimensions& shape, DataOrdering from) {
@@ -43,25 +61,9 @@ TranspositionPlan::TranspositionPlan(const ArrayDimensions& shape, DataOrdering 
 
 template <std::size_t Size>
 void transposeBytes(const void* source, void* target, const TranspositionPlan& plan) {
-    // A tile of this edge touches one cache line of each of its rows and columns. Larger ones suffer where
-    // the strides are powers of two, since then all lines of a tile compete for the same few places.
-    constexpr std::uint64_t kTile = std::max<std::size_t>(8, 64 / Size);
-    const TranspositionPlan::Plane plane = plan.plane();
     plan.forEachPlane([&](std::uint64_t from, std::uint64_t to) {
-        const auto* first = static_cast<const unsigned char*>(source) + from * Size;
-        auto* result = static_cast<unsigned char*>(target) + to * Size;
-        for (std::uint64_t leftColumn = 0; leftColumn < plane.columns; leftColumn += kTile) {
-            const std::uint64_t columnsEnd = std::min(leftColumn + kTile, plane.columns);
-            for (std::uint64_t topRow = 0; topRow < plane.rows; topRow += kTile) {
-                const std::uint64_t rowsEnd = std::min(topRow + kTile, plane.rows);
-                for (std::uint64_t column = leftColumn; column < columnsEnd; ++column) {
-                    for (std::uint64_t row = topRow; row < rowsEnd; ++row) {
-                        std::memcpy(result + (column * plane.targetColumnStride + row) * Size,
-                                    first + (row * plane.sourceRowStride + column) * Size, Size);
-                    }
-                }
-            }
-        }
+        transposePlane<Size>(static_cast<const unsigned char*>(source) + from * Size,
+                             static_cast<unsigned char*>(target) + to * Size, plan.plane());
     });
 }
 
