@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -20,11 +21,10 @@ using Path = ZPropertyHandle::Path;
 /// root "doc" { "a" of type "A", value 1 { "b" = 2 }, "z" = 3 }, in one version.
 ZPropertyHandle sample() {
     ZMutablePropertyTree tree("doc");
-    ZMutablePropertyHandle root = tree.handle();
-    ZMutablePropertyHandle a = root.addChildValue("a", 1);
+    ZMutablePropertyHandle a = tree.handle().addChildValue("a", 1);
     a.setObjectType("A");
     a.addChildValue("b", 2);
-    root.setChildValue("z", 3);
+    tree.handle().setChildValue("z", 3);
     return tree.immutableHandle();
 }
 
@@ -46,30 +46,31 @@ static_assert(!CanAccess<ZPropertyHandle>::value && !CanAccess<ZMutablePropertyH
 static_assert(std::is_nothrow_move_constructible_v<ZPropertyHandle>);
 
 TEST(PropertyTree, failures_have_their_texts) {
-    const std::string emptyBasis = "Unable to resolve path: empty basis";
     const ZPropertyHandle none;
     const ZPropertyHandle root = sample();
     const ZPropertyHandle lost(root.basis(), Path{"a", "zz", "c"});
-    EXPECT_THROW_MSG(none.access(), std::runtime_error, emptyBasis);
-    EXPECT_THROW_MSG(none.getName(), std::runtime_error, emptyBasis);
-    EXPECT_THROW_MSG(none.getValue(), std::runtime_error, emptyBasis);
-    EXPECT_THROW_MSG(none.child("a"), std::runtime_error, emptyBasis);
-    EXPECT_THROW_MSG(none.begin(), std::runtime_error, emptyBasis);
-    EXPECT_THROW_MSG(none.rename("x"), std::runtime_error, emptyBasis);
-    EXPECT_THROW_MSG(none.removeChild("x"), std::runtime_error, emptyBasis);
-    EXPECT_THROW_MSG(none.setChildValue("x", 1), std::runtime_error, emptyBasis);
-    EXPECT_THROW_MSG(none.insertChild("x", root), std::runtime_error, emptyBasis);
-    EXPECT_THROW_MSG(root.insertChild("x", none), std::runtime_error, emptyBasis);
-    EXPECT_THROW_MSG(root.isEquivalentTo(none), std::runtime_error, emptyBasis);
+    const std::vector<std::function<void()>> withoutTree{
+        [&] { none.access(); },
+        [&] { none.getName(); },
+        [&] { none.child("a"); },
+        [&] { none.begin(); },
+        [&] { none.rename("x"); },
+        [&] { none.setChildValue("x", 1); },
+        [&] { none.insertChild("x", root); },
+        [&] { root.insertChild("x", none); },
+        [&] { root.isEquivalentTo(none); },
+        [&] { root.withMutation(nullptr, nullptr); },
+        [&] { ZMutablePropertyHandle().setValue(1); },
+        [&] { ZMutablePropertyTree::adopt(nullptr).handle().node(); },
+        [&] { ZMutablePropertyTree::adopt(nullptr).setName("x"); },
+    };
+    for (const auto& call : withoutTree) {
+        EXPECT_THROW_MSG(call(), std::runtime_error, "Unable to resolve path: empty basis");
+    }
+    const std::string unresolved = "Unable to resolve path: \"zz\" not found";
+    EXPECT_THROW_MSG(lost.access(), std::runtime_error, unresolved);
+    EXPECT_THROW_MSG(lost.setChildValue("x", 1), std::runtime_error, unresolved);
     EXPECT_THROW_MSG(root.insertChild("", none), std::invalid_argument, "Name cannot be empty.");
-    EXPECT_THROW_MSG(ZMutablePropertyHandle().setValue(1), std::runtime_error, emptyBasis);
-    EXPECT_THROW_MSG(ZMutablePropertyTree::adopt(nullptr).handle().node(), std::runtime_error, emptyBasis);
-    EXPECT_THROW_MSG(ZMutablePropertyTree::adopt(nullptr).setName("x"), std::runtime_error, emptyBasis);
-    EXPECT_THROW_MSG(lost.access(), std::runtime_error, "Unable to resolve path: \"zz\" not found");
-    EXPECT_THROW_MSG(lost.setChildValue("x", 1), std::runtime_error,
-                     "Unable to resolve path: \"zz\" not found");
-    EXPECT_THROW_MSG(ZMutablePropertyTree(root.basis()).handle({"z", "y"}), std::runtime_error,
-                     "Unable to resolve path: \"y\" not found");
     EXPECT_THROW_MSG(root.child("a").child("A"), std::runtime_error, "Property \"A\" not found");
     EXPECT_THROW_MSG(root.parentPath(), std::runtime_error, "No path to parent");
     EXPECT_THROW_MSG(none.parentPath(), std::runtime_error, "No path to parent");
@@ -84,156 +85,121 @@ TEST(PropertyTree, a_version_takes_one_generation_and_shares_what_it_does_not_ch
     EXPECT_EQ(first.node().generation(), 1u);
     EXPECT_EQ(rootOf(second).sharedNode()->generation(), 2u);
     EXPECT_EQ(rootOf(third).sharedNode()->generation(), 3u);
-    EXPECT_EQ(second.node().generation(), 2u);
     EXPECT_EQ(second.child("n").sharedNode()->generation(), 2u);
     EXPECT_EQ(second.child("b").sharedNode(), a.child("b").sharedNode());
     EXPECT_EQ(rootOf(second).child("z").sharedNode(), first.child("z").sharedNode());
     EXPECT_EQ(second.path(), Path{"a"});
-    EXPECT_EQ(second.getObjectType(), ZString("A"));
-    EXPECT_FALSE(a.hasChild("n") || third.hasChild("n"));
-    EXPECT_TRUE(rootOf(third).isEquivalentTo(first));
-}
+    EXPECT_FALSE(a.hasChild("n"));
 
-TEST(PropertyTree, rename) {
-    const ZPropertyHandle root = sample();
-    EXPECT_EQ(root.rename("other").getName(), ZString("other"));
-    EXPECT_EQ(root.getName(), ZString("doc"));
-    const ZPropertyHandle moved = root.child("a").rename("z");
+    const ZPropertyHandle moved = a.rename("z");
     EXPECT_EQ(moved.path(), Path{"z"});
-    EXPECT_EQ(moved.sharedNode(), root.child("a").sharedNode());
-    EXPECT_EQ(rootOf(moved).childrenCopy().size(), 1u);
-    const ZPropertyHandle removed = root.child("a").rename("a");
+    EXPECT_EQ(moved.sharedNode(), a.sharedNode());
+    const ZPropertyHandle removed = a.rename("a");
     EXPECT_FALSE(rootOf(removed).hasChild("a"));
     EXPECT_THROW_MSG(removed.access(), std::runtime_error, "Unable to resolve path: \"a\" not found");
-    EXPECT_TRUE(root.hasChild("a"));
 }
 
 TEST(PropertyTree, equivalence_looks_at_values_and_names_alone) {
     const ZPropertyHandle root = sample();
-    const ZPropertyHandle sameButForms =
-        root.rename("x").changed([](ZMutablePropertyHandle& self) { self.setObjectType("T"); });
-    EXPECT_TRUE(root.isEquivalentTo(sameButForms));
-    EXPECT_TRUE(root.isEquivalentTo(root.setChildValue("z", 3.0)));
-    EXPECT_FALSE(root.isEquivalentTo(root.setChildValue("z", 4)));
-    EXPECT_FALSE(root.isEquivalentTo(rootOf(root.child("z").rename("y"))));
-    EXPECT_FALSE(root.isEquivalentTo(root.removeChild("z")));
-    EXPECT_FALSE(root.isEquivalentTo(rootOf(root.child("a").setChildValue("b", 9))));
+    const auto retype = [](ZMutablePropertyHandle& self) { self.setObjectType("T"); };
+    EXPECT_TRUE(root.isEquivalentTo(root.rename("x").changed(retype).setChildValue("z", 3.0)));
+    for (const ZPropertyHandle& other :
+         {root.setChildValue("z", 4), root.child("z").rename("y"), root.removeChild("z"),
+          root.child("a").setChildValue("b", 9), root.child("a").removeChild("b")}) {
+        EXPECT_FALSE(root.isEquivalentTo(rootOf(other)));
+    }
     const ZPropertyHandle nan = root.setChildValue("n", std::numeric_limits<double>::quiet_NaN());
     EXPECT_FALSE(nan.isEquivalentTo(nan));
 }
 
 TEST(PropertyTree, iteration_yields_resolved_handles_and_keeps_the_version) {
-    std::vector<std::string> seen;
+    int value = 2;
     for (const ZPropertyHandle& child : sample().child("a").setChildValue("c", 3)) {
-        seen.emplace_back(child.getName().data(), child.getName().size());
-        EXPECT_EQ(child.path().size(), 2u);
-        EXPECT_TRUE(reads(child, seen.size() == 1 ? 2 : 3));
+        EXPECT_EQ(child.path(), (Path{"a", value == 2 ? "b" : "c"}));
+        EXPECT_TRUE(reads(child, value++));
     }
-    EXPECT_EQ(seen, (std::vector<std::string>{"b", "c"}));
+    EXPECT_EQ(value, 4);
 }
 
 TEST(PropertyTree, trees_made_from_a_published_version_derive_from_it) {
     const ZPropertyHandle root = sample();
     ZPropertyHandle::BasisPointer basis = root.basis();
     const ZMutablePropertyTree fromMoved(std::move(basis));
-    fromMoved.handle().setChildValue("new", 1);
     fromMoved.handle({"a"}).setValue(100);
     EXPECT_EQ(fromMoved.immutableHandle().sharedNode()->generation(), 2u);
-    EXPECT_FALSE(root.hasChild("new"));
     EXPECT_TRUE(reads(root.child("a"), 1));
 
     auto own = std::make_shared<ZPropertyTreeBasis>("own");
     const ZPropertyHandle reader(own);
-    const ZMutablePropertyTree adopted(std::move(own));
-    adopted.handle().setValue(5);
-    EXPECT_TRUE(reads(reader, 5));
-    EXPECT_EQ(reader.node().generation(), 1u);
+    ZMutablePropertyTree(std::move(own)).handle().setValue(5);
+    EXPECT_TRUE(reads(reader, 5) && reader.node().generation() == 1);
 }
 
 TEST(PropertyTree, with_mutation_returns_the_place_that_the_change_returns) {
     const ZPropertyHandle root = sample();
-    const ZPropertyHandle b = ZPropertyHandle::withMutation(root.basis(), [](ZMutablePropertyTree& version) {
+    const auto change = [](ZMutablePropertyTree& version) {
         version.handle({"a"}).getOrCreateChild("b").setChildValue("deep", 4);
         return version.handle({"a", "b"});
-    });
-    EXPECT_EQ(b.path(), (Path{"a", "b"}));
-    EXPECT_TRUE(reads(b, 2));
-    EXPECT_TRUE(reads(b.child("deep"), 4));
-    EXPECT_FALSE(root.child("a").child("b").hasChild("deep"));
-    const auto fails = [](ZMutablePropertyTree& version) -> ZMutablePropertyHandle {
-        version.handle().setChildValue("half", 1);
-        return version.handle({"absent"});
     };
-    EXPECT_THROW_MSG(root.withMutation(root.basis(), fails), std::runtime_error,
-                     "Unable to resolve path: \"absent\" not found");
-    EXPECT_THROW_MSG(root.withMutation(nullptr, fails), std::runtime_error,
-                     "Unable to resolve path: empty basis");
-    EXPECT_FALSE(root.hasChild("half"));
+    const ZPropertyHandle b = ZPropertyHandle::withMutation(root.basis(), change);
+    EXPECT_EQ(b.path(), (Path{"a", "b"}));
+    EXPECT_TRUE(reads(b, 2) && reads(b.child("deep"), 4));
+    EXPECT_FALSE(root.child("a").child("b").hasChild("deep"));
 }
 
 TEST(PropertyTree, attached_nodes_are_shared_and_written_through_a_copy) {
     const ZPropertyHandle root = sample();
-    ZMutablePropertyTree builder("host");
-    ZMutablePropertyTree guest("guest");
-    guest.handle().setObjectType("Guest");
+    const ZMutablePropertyTree builder("host"), guest("guest");
     ZMutablePropertyHandle host = builder.handle();
     host.attachChild(root);
     host.attachChild(guest.handle());
-    EXPECT_EQ(builder.immutableHandle().child("doc").sharedNode(), root.sharedNode());
-    EXPECT_EQ(builder.immutableHandle().child("guest").getObjectType(), ZString("Guest"));
     host.attachChild("copy", root).setChildValue("z", 30);
     host.attachChild("own", host.addChildValue("first", 1)).setValue(2);
-    EXPECT_TRUE(reads(root.child("z"), 3));
-    EXPECT_TRUE(reads(builder.immutableHandle().child("copy").child("z"), 30));
-    EXPECT_TRUE(reads(builder.immutableHandle().child("doc").child("z"), 3));
-    EXPECT_TRUE(reads(builder.immutableHandle().child("first"), 2));
-    host.eraseChild("doc");
-    host.eraseChild("doc");
-    EXPECT_FALSE(builder.immutableHandle().hasChild("doc"));
-    EXPECT_TRUE(root.insertChild("self", root).child("self").hasChild("a"));
+    const ZPropertyHandle built = builder.immutableHandle();
+    EXPECT_EQ(built.child("doc").sharedNode(), root.sharedNode());
+    EXPECT_EQ(built.child("guest").sharedNode(), guest.immutableHandle().sharedNode());
+    EXPECT_TRUE(reads(root.child("z"), 3) && reads(built.child("copy").child("z"), 30));
+    EXPECT_TRUE(reads(built.child("first"), 2));
 }
 
-ZPropertyHandle chain(int length, int last) {
-    const ZMutablePropertyTree tree("chain");
-    std::shared_ptr<ZPropertyTreeNode> node = tree.handle().node().addChild("x");
-    for (int i = 0; i < length; ++i) {
-        if (i % 100 == 0) {
-            node->addChild("leaf", i);
+/// A chain of nodes, each of which is the child of the one before, or two children of it.
+std::shared_ptr<const ZPropertyTreeNode> chain(int last, bool twice = false) {
+    const Private::ZPropertyVersion version{1, 0};
+    auto node = std::make_shared<ZPropertyTreeNode>(version, last);
+    for (int depth = 0; depth < 100000; ++depth) {
+        auto parent = std::make_shared<ZPropertyTreeNode>(version);
+        parent->attachChild("x", node);
+        if (twice) {
+            parent->attachChild("y", node);
         }
-        node = node->addChild("x");
+        node = std::move(parent);
     }
-    node->setValue(last);
-    return tree.immutableHandle();
+    return node;
 }
 
 TEST(PropertyTree, deep_trees_are_compared_and_destroyed_without_recursion) {
-    constexpr int depth = 200000;
-    ZPropertyHandle one = chain(depth, 1);
-    const ZPropertyHandle two = chain(depth, 2);
-    EXPECT_TRUE(one.isEquivalentTo(chain(depth, 1)));
-    EXPECT_FALSE(one.isEquivalentTo(two));
-    ZPropertyHandle wrapped = one.setChildValue("k", 1);
-    one = ZPropertyHandle();
-    EXPECT_TRUE(wrapped.hasChild("x"));
-    wrapped = ZPropertyHandle();
+    const auto one = chain(1);
+    EXPECT_TRUE(one->isEquivalentTo(*chain(1)));
+    EXPECT_FALSE(one->isEquivalentTo(*chain(2)));
+    chain(1, true);
 }
 
 TEST(PropertyTree, threads_read_one_handle_and_change_and_drop_their_own_versions) {
-    const ZPropertyHandle shared = chain(500, 1).setChildValue("k", 0);
+    const ZPropertyHandle shared = sample();
     std::vector<std::thread> threads;
     for (int id = 1; id <= 2; ++id) {
         threads.emplace_back([&shared, id] {
             ZPropertyHandle own = shared;
             for (int i = 0; i < 200; ++i) {
                 own = own.setChildValue("k", id).insertChild("before", own);
-                EXPECT_TRUE(reads(shared.child("k"), 0) && reads(own.child("k"), id));
+                EXPECT_TRUE(reads(shared.child("z"), 3) && reads(own.child("k"), id));
             }
         });
     }
     for (std::thread& thread : threads) {
         thread.join();
     }
-    EXPECT_GE(shared.basis()->generations()->next(), 802u);
+    EXPECT_EQ(shared.basis()->generations()->next(), 802u);
 }
 
 } // namespace

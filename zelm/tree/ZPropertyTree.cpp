@@ -15,10 +15,6 @@ namespace {
     throw std::runtime_error(("Unable to resolve path: \"" + name + "\" not found").to_string());
 }
 
-[[noreturn]] void throwNoProperty(const ZString& name) {
-    throw std::runtime_error(("Property \"" + name + "\" not found").to_string());
-}
-
 [[noreturn]] void throwEmptyName() {
     throw std::invalid_argument("Name cannot be empty.");
 }
@@ -81,7 +77,9 @@ ZPropertyTreeBasis<Key, Value, GenerationFactory>::ZPropertyTreeBasis(Key name)
 template <class Key, class Value, class GenerationFactory>
 ZPropertyTreeBasis<Key, Value, GenerationFactory>::ZPropertyTreeBasis(Key name, NodePointer root,
                                                                       FactoryPointer generations)
-    : name_(std::move(name)), root_(std::move(root)), generations_(std::move(generations)) {}
+    : name_(std::move(name)), root_(std::move(root)), generations_(std::move(generations)) {
+    assert(root_ && generations_);
+}
 
 template <class Key, class Value, class GenerationFactory>
 void ZPropertyTreeBasis<Key, Value, GenerationFactory>::beginGeneration() {
@@ -174,7 +172,7 @@ auto ZPropertyHandleGeneric<Key, Value, GenerationFactory, 0>::child(const Key& 
     -> ZPropertyHandleGeneric {
     const NodePointer* found = node().children().find(name);
     if (!found) {
-        throwNoProperty(name);
+        throwPropertyNotFound(name);
     }
     return ZPropertyHandleGeneric(this->basis_, this->childPath(name), *found);
 }
@@ -297,7 +295,7 @@ template <class Key, class Value, class GenerationFactory>
 void ZPropertyHandleGeneric<Key, Value, GenerationFactory, 1>::attachChild(const Key& name,
                                                                            NodePointer child) {
     Node& self = node();
-    assert(child && !isOnPath(*this->basis_, this->path_, child.get()));
+    assert(!isOnPath(*this->basis_, this->path_, child.get()));
     self.attachChild(name, std::move(child));
 }
 

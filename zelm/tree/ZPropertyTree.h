@@ -28,7 +28,7 @@ public:
 
     /// An empty tree of a new lineage: generation 1.
     explicit ZPropertyTreeBasis(Key name = Key());
-    /// Makes any node the root of a tree of its own.
+    /// Makes any node the root of a tree of its own. Neither pointer may be null.
     ZPropertyTreeBasis(Key name, NodePointer root, FactoryPointer generations);
 
     const Key& name() const noexcept { return name_; }

@@ -1,7 +1,8 @@
 #include <zelm/tree/ZPropertyTreeNode.h>
 
-#include <algorithm>
+#include <cassert>
 #include <new>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -10,8 +11,7 @@ namespace Zelm::Private {
 namespace {
 
 /// Destroying the children of a node destroys theirs in turn: a deep tree would overflow the stack. So only
-/// the outermost destructor on a thread lets go of children, and those that it sets off hand theirs over to
-/// it.
+/// the outermost destructor on a thread destroys children, and those that it sets off hand theirs over to it.
 template <class Children>
 class ChildrenRelease {
 public:
@@ -21,8 +21,8 @@ public:
             return;
         }
         ChildrenRelease outermost;
-        outermost.take(children);
         s_running = &outermost;
+        children = Children();
         while (!outermost.pending_.empty()) {
             const Children next = std::move(outermost.pending_.back());
             outermost.pending_.pop_back();
@@ -47,18 +47,16 @@ private:
 template <class Children>
 thread_local ChildrenRelease<Children>* ChildrenRelease<Children>::s_running = nullptr;
 
-/// Whether letting go of `node` would destroy more than a leaf.
-template <class NodePointer>
-bool ownsSubtree(const NodePointer& node) {
-    return node.use_count() == 1 && !node->children().empty();
-}
-
 template <class Node>
 bool alikeButForChildren(const Node& a, const Node& b) {
     return a.children().size() == b.children().size() && a.value().isEquivalentTo(b.value());
 }
 
 } // namespace
+
+void throwPropertyNotFound(ZStringView name) {
+    throw std::runtime_error(("Property \"" + ZString(name) + "\" not found").to_string());
+}
 
 template <class Key, class Value, class GenerationFactory>
 ZPropertyTreeNode<Key, Value, GenerationFactory>::ZPropertyTreeNode(ZPropertyVersion version, Value value,
@@ -69,8 +67,7 @@ ZPropertyTreeNode<Key, Value, GenerationFactory>::ZPropertyTreeNode(ZPropertyVer
 
 template <class Key, class Value, class GenerationFactory>
 ZPropertyTreeNode<Key, Value, GenerationFactory>::~ZPropertyTreeNode() {
-    if (std::any_of(children_.begin(), children_.end(),
-                    [](const auto& child) { return ownsSubtree(child.node); })) {
+    if (!children_.empty()) {
         ChildrenRelease<Children>::release(children_);
     }
 }
@@ -138,6 +135,7 @@ auto ZPropertyTreeNode<Key, Value, GenerationFactory>::addChild(const Key& name,
 
 template <class Key, class Value, class GenerationFactory>
 void ZPropertyTreeNode<Key, Value, GenerationFactory>::attachChild(const Key& name, NodePointer node) {
+    assert(node);
     children_.insert(name, std::move(node));
 }
 

@@ -2,6 +2,7 @@
 
 #include <zelm/Export.h>
 #include <zelm/text/ZString.h>
+#include <zelm/text/ZStringView.h>
 #include <zelm/tree/ZIncrementalGenerationFactory.h>
 #include <zelm/tree/ZPropertyChildren.h>
 #include <zelm/variant/Variant.h>
@@ -10,6 +11,9 @@
 #include <memory>
 
 namespace Zelm::Private {
+
+/// Throws `std::runtime_error` `Property "name" not found`.
+[[noreturn]] ZELM_EXPORT void throwPropertyNotFound(ZStringView name);
 
 /// The tree version that made a node, and thus alone may write it: the generation of the version and the
 /// lineage that counted it. The generation by itself would not do, since a subtree may be grafted into a
@@ -69,8 +73,8 @@ public:
     void setObjectType(Key objectType);
     /// Stores a new node of this version in place of whatever was there, type and subtree included.
     std::shared_ptr<ZPropertyTreeNode> addChild(const Key& name, Value value = Value());
-    /// Shares `node`, which may belong to any tree. It must not be this node or one above it: that cycle
-    /// would never be freed.
+    /// Shares `node`, which may belong to any tree. It must not be null, nor this node or one above it: that
+    /// cycle would never be freed.
     void attachChild(const Key& name, NodePointer node);
     void eraseChild(ZStringView name);
     /// The child of this name made writable for the version of this node: one of another version is replaced
