@@ -68,9 +68,18 @@ struct ZELM_EXPORT Boolean {
 };
 static_assert(sizeof(Boolean) == sizeof(bool), "a pointer to a Boolean is handed out as a pointer to bool");
 
-/// The type in which an element stands in the vector of a storage.
+/// The type in which an element stands in the vector of a storage. A class of its own, since compilers
+/// disagree on the symbol names of functions that take a `std::conditional_t` of their template parameter.
 template <class T>
-using StoredElement = std::conditional_t<std::is_same_v<T, bool>, Boolean, T>;
+struct StoredElementOf {
+    using type = T;
+};
+template <>
+struct StoredElementOf<bool> {
+    using type = Boolean;
+};
+template <class T>
+using StoredElement = typename StoredElementOf<T>::type;
 
 /// Calls `visit(ElementTag<T>())` for the element type that `type` names and returns true; false for unknown
 /// types. This is the one place where a run-time tag becomes a type: ask it once for an array, never for each
