@@ -65,6 +65,8 @@ To converted(From value, bool& exact) {
         const Part real = converted<Part>(value.real(), exact);
         return To(real, converted<Part>(value.imag(), exact));
     } else if constexpr (isComplexElement<To>) {
+        // A NaN that becomes complex counts as lost, even where its own type stays.
+        exact &= lossOf(value, value) == 0;
         return To(converted<RealPartOf<To>>(value, exact));
     } else {
         const To result = convertNumber<To>(value);
