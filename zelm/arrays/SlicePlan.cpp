@@ -58,7 +58,7 @@ SlicePlan::SlicePlan(const std::vector<IndexSet>& indexSets, const ArrayDimensio
         largestOffset_ = 0;
         return;
     }
-    if (sliceOrdering != ColumnMajor) {
+    if (sliceOrdering == RowMajor) {
         std::reverse(axes_.begin(), axes_.end());
     }
     joinAxes();
