@@ -1,116 +1,129 @@
-// Padding, tokens, quotes and UTF-16.
+// Numbers against std::regex, strtod, lround and snprintf; padding, tokens, quotes and UTF-16.
 
 #include <zelm/text/TextConversions.h>
 
 #include <support/ExpectThrow.h>
+#include <support/RandomTexts.h>
 
 #include <utf8.h>
 
-#include <random>
+#include <climits>
+#include <cmath>
+#include <cstring>
+#include <regex>
 
 using namespace Zelm;
+using namespace Zelm::Testing;
 
-namespace {
+TEST(Numbers, AreReadByTheirGrammarAsTheNearest) {
+    const std::regex integer("[ \t]*[-+]?[0-9]+[ \t]*\n?");
+    const std::regex number("[ \t]*[-+]?([0-9]+\\.?[0-9]*|\\.[0-9]+)([eE][-+]?[0-9]+)?[ \t]*\n?");
+    const std::string zeros(400, '0');
+    std::vector<std::string> texts{"0." + zeros + "1e401", "1" + zeros + "e-400", "1" + zeros + "e-900",
+                                   "0." + zeros + "1e901", "-." + zeros + "1",    std::string("1\0", 2)};
+    std::istringstream edges("nan inf 0x10 1,5 1e400 -1e400 -1e-400 -0 1e999999999999999999999 "
+                             "-1e-99999999999999999999 0e99999999999999999999 10e9223372036854775807 "
+                             "4.9e-324 -4.9e-324 2.4703282292062327e-324 1.7976931348623159e308 2.5 -2.5 "
+                             "2147483647.4 2147483647.5 -2147483648.4 -2147483648.5 4294967295.4 "
+                             "4294967295.5 -0.2 -1");
+    texts.insert(texts.end(), std::istream_iterator<std::string>(edges), {});
+    std::mt19937 random(1);
+    for (int round = 0; round < 30000; ++round) {
+        texts.push_back(randomText(random, random() % 7, "001.5 e+\n-E\t"));
+    }
+    for (const std::string& text : texts) {
+        SCOPED_TRACE('"' + text + '"');
+        const bool valid = std::regex_match(text, number);
+        ASSERT_EQ(isValidInt(text), std::regex_match(text, integer));
+        ASSERT_EQ(isValidNumber(text), valid);
+        // Cut out of digits, which must not count.
+        const ZString cut = ZString("9" + text + "9").mid(1, text.size());
+        const double value = valid ? std::strtod(text.c_str(), nullptr) : 0.0;
+        bool ok = !valid;
+        ASSERT_EQ(1 / toDouble_nothrow(cut, &ok), 1 / value); // tells the zeros apart
+        ASSERT_TRUE(ok == valid && cut.testing_get_ref_count() == 1);
+        const bool fits = valid && value > -2147483648.5 && value < 2147483647.5;
+        ASSERT_TRUE(toInt_nothrow(cut, &ok) == (fits ? std::lround(value) : 0) && ok == fits);
+        const bool fitsUnsigned = valid && value >= 0 && value < 4294967295.5;
+        const int bits = static_cast<int>(fitsUnsigned ? std::lround(value) : 0);
+        ASSERT_TRUE(toUnsignedInt_nothrow(cut, &ok) == bits && ok == fitsUnsigned);
+    }
+    EXPECT_EQ(toInt("0.49999999999999994") + toUnsignedInt("2") + toDouble("\t+1.5E+3 \n"), 1503);
+    EXPECT_EQ(toInt_nothrow("x", nullptr), 0);
+}
 
-/// Pieces by one walk over the characters.
-std::vector<std::string> pieces(const std::string& text, const std::string& delimiters, bool keepEmpty) {
-    std::vector<std::string> result{""};
-    for (const char c : text) {
-        if (delimiters.find(c) == std::string::npos) {
-            result.back() += c;
-        } else if (keepEmpty || !result.back().empty()) {
-            result.emplace_back();
+TEST(Numbers, FailWithTheirTexts) {
+    const char* const invalid = "Expected a string containing a number";
+    EXPECT_THROW_MSG(toDouble("12 3"), std::runtime_error, invalid);
+    EXPECT_THROW_MSG(toInt("x"), std::runtime_error, invalid);
+    EXPECT_THROW_MSG(toUnsignedInt(""), std::runtime_error, invalid);
+    const char* const overflow = "Overflow occured while rounding double precision value to 32-bit integer";
+    EXPECT_THROW_MSG(toInt("1e20"), std::range_error, overflow);
+    EXPECT_THROW_MSG(toUnsignedInt("-0.2"), std::range_error, overflow);
+    EXPECT_THROW_MSG(throw_checked_truncate_range_error(), std::range_error,
+                     "Overflow occured while truncating double precision value to 32-bit integer");
+}
+
+TEST(Numbers, AreWrittenAsPrintfDoes) {
+    std::mt19937_64 random(2);
+    for (int round = 0; round < 40000; ++round) {
+        const std::uint64_t bits = random();
+        double value = static_cast<double>(static_cast<std::int32_t>(bits)) / 1000;
+        if (random() % 3) {
+            std::memcpy(&value, &bits, sizeof value);
         }
+        const char format = "eEfGg"[random() % 5];
+        const int precision = static_cast<int>(random() % (round % 100 ? 25 : 1200)) - 1;
+        const char pattern[] = {'%', '.', '*', format, '\0'};
+        char expected[2000];
+        std::snprintf(expected, sizeof expected, pattern, precision < 0 ? 6 : precision, value);
+        ASSERT_EQ(fromDouble(value, format, precision), expected);
+        ASSERT_EQ(fromDouble(value, format, precision, 30), padString(expected, 30));
     }
-    if (!keepEmpty && result.back().empty()) {
-        result.pop_back();
-    }
-    return result;
+    EXPECT_EQ(fromDouble(HUGE_VAL, 'E', 2) + fromDouble(NAN, 'G', 2, 5) + fromDouble(1500, 'g', 2, -9) + '|',
+              "INF  NAN1.5e+03  |");
+    EXPECT_EQ(fromDouble(0.5, 'f', 10'000'000).size() + fromDouble(0.5, 'G', INT_MAX).size(), 10'000'005u);
+    EXPECT_EQ(fromInt(INT_MIN, 12) + fromUnsignedInt(UINT_MAX) + fromDouble(1e-10, 'F', 3),
+              " -214748364842949672951e-10");
 }
-
-/// UTF-8 of one code point by its definition: as many leading ones as bytes, six bits in each further byte.
-std::string encoded(char32_t code) {
-    if (code < 0x80) {
-        return std::string(1, static_cast<char>(code));
-    }
-    const int tails = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
-    std::string text(1, static_cast<char>((0xFF00 >> (tails + 1)) | code >> (6 * tails)));
-    for (int tail = tails - 1; tail >= 0; --tail) {
-        text += static_cast<char>(0x80 | (code >> (6 * tail) & 0x3F));
-    }
-    return text;
-}
-
-} // namespace
 
 TEST(Conversions, PadBytesAndTakeQuotesInPairs) {
     EXPECT_EQ(padString("ab", 5) + padString("ab", -5) + padString("\xC2\xB5", 3), "   abab    \xC2\xB5");
-    EXPECT_EQ(padString("abcdef", 3) + padString("abcdef", -6) + padString(ZString(), -2), "abcdefabcdef  ");
-    EXPECT_EQ(repeatChar('x', 3) + repeatChar('y', 0) + ZString::from_char('z'), "xxxz");
-    EXPECT_EQ(add_quotes("a\"b") + add_quotes(ZString()), "\"a\"b\"\"\"");
-    for (const char* bare : {"", "\"", "\"a", "a\"", "a\"\"b"}) {
-        EXPECT_TRUE(!enclosed_in_quotes(bare) && strip_quotes(bare) == bare) << bare;
-    }
-    EXPECT_TRUE(enclosed_in_quotes("\"\"") && strip_quotes("\"\"").empty());
-    const ZString quoted(std::string("\"\"text\"\""));
-    EXPECT_TRUE(strip_quotes(quoted) == "\"text\"" && strip_quotes(quoted).data() == quoted.data() + 1);
+    EXPECT_EQ(padString("abcdef", 3) + repeatChar('x', 3) + add_quotes("a\"b"), "abcdefxxx\"a\"b\"");
+    EXPECT_EQ(strip_quotes("\"\"") + strip_quotes("\"\"a\"\"") + strip_quotes("\"") + strip_quotes("\"b"),
+              "\"a\"\"\"b");
+    EXPECT_TRUE(enclosed_in_quotes("\"\"") && !enclosed_in_quotes("\"") && !enclosed_in_quotes("b\""));
 }
 
-TEST(Conversions, CutTokensAsAWalkDoesAndShareTheText) {
+TEST(Conversions, CutTokensThatLieSideBySide) {
     std::mt19937 random(7);
     for (int round = 0; round < 3000; ++round) {
-        std::string text(random() % 10, ' ');
-        std::generate(text.begin(), text.end(), [&] { return "ab,; "[random() % 5]; });
-        const ZString ours(text);
-        const std::string delimiters = std::string(",; ").substr(0, random() % 4);
-        for (const bool keepEmpty : {false, true}) {
-            const auto expected = pieces(text, delimiters, keepEmpty);
-            const std::vector<ZString> tokens = tokenize(ours, delimiters, keepEmpty);
-            ASSERT_EQ(static_cast<std::size_t>(ours.testing_get_ref_count()), tokens.size() + 1);
-            ASSERT_EQ(convertZStringVectorToStd(tokens), expected) << text;
-            ASSERT_EQ(tokenize_to_std(ours, delimiters, keepEmpty), expected);
+        const ZString text = randomText(random, random() % 10, "ab,; ");
+        const ZString set = ZString(",; ").left(random() % 4);
+        std::vector<ZString> tokens = tokenize(text, set, true);
+        const char* at = text.begin();
+        for (const ZString& token : tokens) {
+            ASSERT_TRUE(token.begin() == at && token.find_first_of(set) == ZString::npos);
+            ASSERT_TRUE(token.end() == text.end() || set.contains(ZStringView(token.end(), 1)));
+            at = token.end() + 1;
         }
-    }
-    EXPECT_EQ(tokenize(std::string(1'000'000, ','), ",", true).size(), 1'000'001u);
-}
-
-TEST(Conversions, CarryEveryCodePointToUtf16AndBack) {
-    std::string all8;
-    std::u16string all16;
-    for (char32_t code = 0; code <= 0x10FFFF; code += code < 0x3000 ? 1 : 97) {
-        if (code < 0xD800 || (code >= 0xE000 && code < 0x10000)) {
-            all16 += static_cast<char16_t>(code);
-        } else if (code >= 0x10000) {
-            all16 += static_cast<char16_t>(0xD800 + ((code - 0x10000) >> 10));
-            all16 += static_cast<char16_t>(0xDC00 + (code & 0x3FF));
-        } else {
-            continue;
-        }
-        all8 += encoded(code);
-    }
-    EXPECT_TRUE(convertZStringToUtf16(all8) == all16);
-    EXPECT_TRUE(convertUtf16ToZString(all16) == all8);
-    for (std::size_t length = 0; length < 40; ++length) {
-        const ZString cut = ZString(all8).left(length);
-        EXPECT_TRUE(convertZStringToUtf16(cut) == all16.substr(0, length));
-        EXPECT_EQ(convertUtf16ToZString(all16.substr(0, length)), cut);
+        ASSERT_EQ(at, text.end() + 1);
+        tokens.erase(std::remove(tokens.begin(), tokens.end(), ZString()), tokens.end());
+        ASSERT_EQ(tokenize_to_std(text, set, false), convertZStringVectorToStd(tokens));
     }
 }
 
-TEST(Conversions, RefuseWhatIsNoText) {
-    const std::string front(20, 'a');
-    for (const char* bytes : {"\xFF", "\x80", "\xC2\x41", "\xC0\x80", "\xF8\x88\x80\x80\x80"}) {
-        EXPECT_THROW_MSG(convertZStringToUtf16(front + bytes), utf8::invalid_utf8, "Invalid UTF-8");
+TEST(Conversions, CarryTextToUtf16AndBackOrRefuseIt) {
+    std::string bytes = "\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF";
+    std::u16string units = u"\x7F\x80\x7FF\x800\xFFFF\xD800\xDC00\xDBFF\xDFFF";
+    for (std::size_t ascii = 0; ascii < 40; ++ascii, bytes = 'a' + bytes, units = u'a' + units) {
+        EXPECT_TRUE(convertZStringToUtf16(bytes) == units && convertUtf16ToZString(units) == bytes);
+        const ZString front = ZString(bytes).left(ascii);
+        EXPECT_EQ(convertUtf16ToZString(convertZStringToUtf16(front)), front);
     }
-    for (const char* bytes : {"\xED\xA0\x80", "\xF4\x90\x80\x80"}) {
-        EXPECT_THROW_MSG(convertZStringToUtf16(front + bytes), utf8::invalid_code_point,
-                         "Invalid code point");
-    }
-    for (const ZString whole : {"\xC2\xB5", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"}) {
-        const ZString cut = (front + whole).left(front.size() + whole.size() - 1);
-        EXPECT_THROW_MSG(convertZStringToUtf16(cut), utf8::not_enough_room, "Not enough space");
-    }
-    for (const std::u16string surrogates : {u"\xD800", u"a\xDC00", u"\xDC00\xD800", u"\xD800x"}) {
-        EXPECT_THROW_MSG(convertUtf16ToZString(surrogates), utf8::invalid_utf16, "Invalid UTF-16");
-    }
+    const ZString cut = ZString("\xC2\xB5").left(1);
+    EXPECT_THROW_MSG(convertZStringToUtf16("a\xFF"), utf8::invalid_utf8, "Invalid UTF-8");
+    EXPECT_THROW_MSG(convertZStringToUtf16("\xED\xA0\x80"), utf8::invalid_code_point, "Invalid code point");
+    EXPECT_THROW_MSG(convertZStringToUtf16(cut), utf8::not_enough_room, "Not enough space");
+    EXPECT_THROW_MSG(convertUtf16ToZString(u"a\xDC00"), utf8::invalid_utf16, "Invalid UTF-16");
 }
