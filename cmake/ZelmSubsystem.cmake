@@ -29,9 +29,6 @@ endfunction()
 
 function(zelm_add_subsystem name)
     cmake_parse_arguments(arg "" "" "FLOORS;LINK;SOURCES;KERNELS;HEADERS" ${ARGN})
-    if(NOT arg_SOURCES AND NOT arg_KERNELS)
-        return()
-    endif()
     add_library(zelm_${name} OBJECT ${arg_SOURCES} ${arg_KERNELS} ${arg_HEADERS})
     set_target_properties(zelm_${name} PROPERTIES
         ZELM_FLOORS "${arg_FLOORS}"
