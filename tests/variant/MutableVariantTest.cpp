@@ -1,46 +1,36 @@
 #include <arrays/ArrayModel.h>
-#include <support/ExpectThrow.h>
 #include <variant/Samples.h>
 
 #include <zelm/variant/MutableVariant.h>
-
-#include <stdexcept>
 
 using namespace Zelm;
 using namespace Zelm::Testing;
 
 namespace {
 
-constexpr int kDepth = 100000;
-
 MutableVariant array(WellKnownType type, ArrayDimensions shape, DataOrdering ordering = RowMajor) {
     return MutableVariant::createWithAllocatedArrayOfWellKnownType(type, std::move(shape), ordering);
 }
 
 Variant cellOf(Variant inner) {
-    return Variant(std::vector<Variant>{std::move(inner)});
+    return std::vector<Variant>{std::move(inner)};
 }
 
 Variant structOf(Variant inner) {
     Struct record;
     record.set(ZString("inner"), std::move(inner));
-    return Variant(std::move(record));
+    return record;
 }
+
+constexpr int kDepth = 100000;
 
 template <class Wrap>
-Variant nested(Wrap&& wrap, Variant value = 1.0) {
+Variant nested(Wrap&& wrap) {
+    Variant value = 1.0;
     for (int depth = 0; depth < kDepth; ++depth) {
-        value = wrap(std::move(value), depth);
+        value = wrap(std::move(value));
     }
     return value;
-}
-
-std::vector<std::string> textsOf(const std::vector<ZString>& keys) {
-    std::vector<std::string> texts;
-    for (const ZString& key : keys) {
-        texts.emplace_back(key.data(), key.size());
-    }
-    return texts;
 }
 
 } // namespace
@@ -48,38 +38,31 @@ std::vector<std::string> textsOf(const std::vector<ZString>& keys) {
 TEST(MutableVariant, allocated_arrays_hold_default_elements) {
     forEachElementType([](auto tag) {
         using T = typename decltype(tag)::type;
-        MutableVariant made = array(details::wellKnownTypeOf<T>, {2, 3}, ColumnMajor);
-        for (const Numbers& indices : allIndices({2, 3}, RowMajor)) {
-            EXPECT_TRUE(same<T>(made.element<T>(indices), T()));
-        }
+        const WellKnownType type = details::wellKnownTypeOf<T>;
+        MutableVariant made = array(type, {2, 3}, ColumnMajor);
         made.setElement<T>({1, 0}, sample<T>(7));
-        EXPECT_TRUE(same<T>(made.element<T>({1, 0}), sample<T>(7)));
+        EXPECT_TRUE(same<T>(made.element<T>({1, 0}), sample<T>(7))) << type.ToString();
         std::vector<T> expected(6);
         expected[1] = sample<T>(7);
         EXPECT_TRUE(Variant(std::move(made)).isIdenticalTo(Variant(expected, {2, 3}, ColumnMajor)));
-        EXPECT_TRUE(array(details::wellKnownTypeOf<T>, {2, 0, 3}).dimensions().isIdenticalTo({0}));
-        EXPECT_THROW(array(details::wellKnownTypeOf<T>, {1ull << 32, 1ull << 32}), std::length_error);
+        EXPECT_TRUE(array(type, {2, 0, 3}).dimensions().isIdenticalTo({0})) << type.ToString();
+        EXPECT_THROW(array(type, {1ull << 32, 1ull << 32}), std::length_error) << type.ToString();
     });
     EXPECT_EQ(array(WellKnownType::Int8(), {0}, ColumnMajor).dataOrdering(), ColumnMajor);
-    EXPECT_TRUE(array(WellKnownType(), {2}).wellKnownType().isUnknown());
-    EXPECT_TRUE(array(WellKnownType(), {2}).dimensions().isIdenticalTo({}));
-    EXPECT_THROW(array(WellKnownType::Int8(), {1ull << 63}), std::length_error);
+    EXPECT_TRUE(Variant(array(WellKnownType(), {2})).isIdenticalTo(Variant()));
 }
 
 TEST(MutableVariant, clones_only_what_is_shared) {
-    Variant sole{1.0, 2.0};
-    MutableVariant own(std::move(sole));
+    MutableVariant own(Variant{1.0, 2.0});
     const double* first = &own.element<double>({0});
-    Variant back(std::move(own));
-    MutableVariant again(std::move(back));
+    MutableVariant again{Variant(std::move(own))};
     EXPECT_EQ(&again.element<double>({0}), first);
 
     Variant shared{1, 2};
     const Variant copy = shared;
     MutableVariant changed(std::move(shared));
     changed.setElement<int>({1}, 9);
-    EXPECT_TRUE(copy.isIdenticalTo(Variant{1, 2}));
-    EXPECT_TRUE(shared.isIdenticalTo(copy));
+    EXPECT_TRUE(shared.isIdenticalTo(Variant{1, 2}) && copy.isIdenticalTo(Variant{1, 2}));
     EXPECT_TRUE(Variant(std::move(changed)).isIdenticalTo(Variant{1, 9}));
     EXPECT_TRUE(changed.wellKnownType().isUnknown());
 }
@@ -114,34 +97,29 @@ TEST(MutableVariant, setElementByVariant_converts_scalars) {
     EXPECT_EQ(cell.element<Variant>({0}).value<double>(), 1.5);
 }
 
-TEST(Struct, fields_in_byte_order) {
+TEST(Struct, fields_in_byte_order_and_copies_of_their_own) {
     Struct record;
-    for (const char* key : {"b", "", "\xC3\xA9", "B", "a", "ab"}) {
+    std::vector<std::string> keys;
+    for (const char* key : {"b", "", "\xC3\xA9", "B", "a", "ab", "a"}) {
         record.set(ZString(key), std::string(key));
     }
-    EXPECT_EQ(textsOf(record.keys()), (std::vector<std::string>{"", "B", "a", "ab", "b", "\xC3\xA9"}));
-    record.set(ZString("a"), 1);
-    EXPECT_EQ(record.keys().size(), 6u);
-    EXPECT_TRUE(record.get(ZString("a")).isIdenticalTo(1));
+    for (const ZString& key : record.keys()) {
+        keys.emplace_back(key.data(), key.size());
+        EXPECT_TRUE(record.get(key).isIdenticalTo(keys.back()));
+    }
+    EXPECT_EQ(keys, (std::vector<std::string>{"", "B", "a", "ab", "b", "\xC3\xA9"}));
     EXPECT_TRUE(record.get(ZString("missing")).isIdenticalTo(Variant()));
-}
-
-TEST(Struct, copies_are_independent) {
-    Struct record;
-    record.set(ZString("a"), Variant{1, 2});
     Struct copy(record), assigned;
     assigned.set(ZString("old"), 1);
     assigned = record;
     copy.set(ZString("a"), 5);
-    copy.set(ZString("b"), 6);
-    EXPECT_TRUE(record.get(ZString("a")).isIdenticalTo(Variant{1, 2}));
-    EXPECT_EQ(record.keys().size(), 1u);
-    EXPECT_TRUE(assigned.isEqual(record, Identical));
-    Struct& itself = assigned;
+    copy.set(ZString("new"), 6);
+    EXPECT_TRUE(assigned.isEqual(record, Identical) && record.keys().size() == keys.size());
+    const Struct& itself = assigned;
     assigned = itself;
     EXPECT_TRUE(assigned.isEqual(record, Identical));
     assigned = std::move(copy);
-    EXPECT_EQ(assigned.get(ZString("b")).value<int>(), 6);
+    EXPECT_EQ(assigned.get(ZString("a")).value<int>(), 5);
 }
 
 TEST(Struct, equality_looks_at_keys_and_fields) {
@@ -160,31 +138,24 @@ TEST(Struct, equality_looks_at_keys_and_fields) {
 }
 
 TEST(Nesting, deep_values_are_destroyed_without_recursion) {
-    nested([](Variant inner, int) { return cellOf(std::move(inner)); });
-    nested([](Variant inner, int) { return structOf(std::move(inner)); });
-    nested([](Variant inner, int depth) {
-        return depth % 2 ? structOf(std::move(inner))
-                         : Variant(std::vector<Variant>{2, std::move(inner), "x"});
-    });
+    nested([](Variant inner) { return structOf(std::move(inner)); });
+    nested([](Variant inner) { return structOf(std::vector<Variant>{2, std::move(inner), "x"}); });
     // A part that somebody else holds outlives the rest.
     Variant kept;
-    nested([&kept](Variant inner, int depth) {
-        if (depth == kDepth / 2) {
-            kept = inner;
+    {
+        const Variant whole = nested([](Variant inner) { return cellOf(std::move(inner)); });
+        kept = whole;
+        for (int depth = 0; depth < kDepth / 2; ++depth) {
+            kept = kept.value<Variant>();
         }
-        return cellOf(std::move(inner));
-    });
+    }
     int depth = 0;
     for (; kept.wellKnownType().isCellArray(); ++depth) {
         kept = kept.value<Variant>();
     }
     EXPECT_EQ(depth, kDepth / 2);
     EXPECT_EQ(kept.value<double>(), 1.0);
-
-    MutableVariant outer(cellOf(nested([](Variant inner, int) { return cellOf(std::move(inner)); })));
+    MutableVariant outer(cellOf(nested([](Variant inner) { return cellOf(std::move(inner)); })));
     outer.setElement<Variant>({0}, 5);
-    Struct record;
-    record.set(ZString("deep"), nested([](Variant inner, int) { return structOf(std::move(inner)); }));
-    record.set(ZString("deep"), 5);
-    EXPECT_EQ(record.get(ZString("deep")).value<int>(), outer.element<Variant>({0}).value<int>());
+    EXPECT_EQ(outer.element<Variant>({0}).value<int>(), 5);
 }

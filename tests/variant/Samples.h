@@ -1,14 +1,20 @@
 #pragma once
 
+#include <support/ExpectThrow.h>
+
 #include <zelm/variant/Struct.h>
-#include <zelm/variant/Variant.h>
+#include <zelm/variant/VariantOps.h>
 
-#include <gtest/gtest.h>
-
+#include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
+#define EXPECT_OUT_OF_BOUNDS(statement) EXPECT_THROW_MSG(statement, std::out_of_range, "Offset out of bounds")
+
 namespace Zelm::Testing {
+
+using Storage = std::shared_ptr<details::AbstractVariantStorage>;
 
 /// An element for each number; the numbers can be told apart but for `bool`.
 template <class T>
@@ -27,13 +33,13 @@ T sample(std::uint64_t n) {
     } else if constexpr (std::is_same_v<T, Variant>) {
         return Variant(n);
     } else {
-        const std::string text = "element " + std::to_string(n);
-        return T(text.begin(), text.end());
+        const std::string text = "an element on the heap, " + std::to_string(n);
+        if constexpr (std::is_same_v<T, ZString>) {
+            return ZString(text);
+        } else {
+            return T(text.begin(), text.end());
+        }
     }
-}
-template <>
-inline ZString sample<ZString>(std::uint64_t n) {
-    return ZString(sample<std::string>(n));
 }
 
 template <class T>
@@ -59,13 +65,50 @@ bool same(const T& a, const T& b) {
 /// Calls `visit(ElementTag<T>())` for each of the 27 element types.
 template <class Visit>
 void forEachElementType(Visit&& visit) {
-#define ZELM_VISIT_EACH(type, Name, value, keyword)                                                          \
-    {                                                                                                        \
-        SCOPED_TRACE(keyword);                                                                               \
-        visit(details::ElementTag<type>());                                                                  \
-    }
+#define ZELM_VISIT_EACH(type, Name, value, keyword) visit(details::ElementTag<type>());
     ZELM_FOR_EACH_ELEMENT_TYPE(ZELM_VISIT_EACH)
 #undef ZELM_VISIT_EACH
+}
+
+/// The same for one type for each way in which elements are copied, and for all that own memory.
+template <class Visit>
+void forEachKindOfElement(Visit&& visit) {
+    visit(details::ElementTag<bool>());
+    visit(details::ElementTag<short>());
+    visit(details::ElementTag<float>());
+    visit(details::ElementTag<double>());
+    visit(details::ElementTag<std::complex<double>>());
+    visit(details::ElementTag<std::u16string>());
+    visit(details::ElementTag<ZString>());
+    visit(details::ElementTag<Variant>());
+    visit(details::ElementTag<Struct>());
+}
+
+template <class T>
+Storage storageOf(std::vector<T> elements, ArrayDimensions shape = {}, DataOrdering ordering = RowMajor) {
+    return Storage(VariantOps::constructVariantStorage<T>(std::move(elements), std::move(shape), ordering));
+}
+
+inline void expectForm(const details::AbstractVariantStorage& storage, std::uint64_t count,
+                       const ArrayDimensions& shape, DataOrdering ordering) {
+    EXPECT_OUT_OF_BOUNDS(storage.element(count));
+    EXPECT_TRUE(storage.dimensions().isIdenticalTo(shape))
+        << "for type " << storage.wellKnownType().ToString();
+    EXPECT_EQ(storage.dataOrdering(), ordering);
+}
+
+/// Expects these elements and no more, read one by one through the interface.
+template <class T>
+void expectHolds(const details::AbstractVariantStorage& storage, const std::vector<T>& elements,
+                 const ArrayDimensions& shape, DataOrdering ordering = RowMajor) {
+    expectForm(storage, elements.size(), shape, ordering);
+    std::uint64_t equal = 0;
+    while (equal < elements.size() &&
+           same<T>(*static_cast<const T*>(storage.element(equal)), elements[equal])) {
+        ++equal;
+    }
+    EXPECT_EQ(equal, elements.size()) << "for type " << storage.wellKnownType().ToString();
+    EXPECT_TRUE(storage.typeInfo() == typeid(T));
 }
 
 } // namespace Zelm::Testing

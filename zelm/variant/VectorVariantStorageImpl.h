@@ -111,11 +111,14 @@ void VectorVariantStorage<T>::append(std::shared_ptr<AbstractVariantStorage> oth
     if (!source) {
         throwIncompatibleDataForAppend();
     }
-    if (source == this) {
-        const std::vector<Element> copy(data_);
-        data_.insert(data_.end(), copy.begin(), copy.end());
-    } else {
+    if (std::is_trivially_copyable_v<Element> && source != this) {
         data_.insert(data_.end(), source->data_.begin(), source->data_.end());
+    } else {
+        // A vector that grows moves its elements before it copies others in: the copies have to stand before.
+        static_assert(std::is_nothrow_move_constructible_v<Element>);
+        std::vector<Element> copies(source->data_);
+        data_.insert(data_.end(), std::make_move_iterator(copies.begin()),
+                     std::make_move_iterator(copies.end()));
     }
     if (dims_.isVector()) {
         dims_[0] = data_.size();
