@@ -21,8 +21,10 @@
 #include <zelm/units/ZUnitDimensions.h>
 #include <zelm/units/ZUnitType.h>
 #include <zelm/variables/ZVariable.h>
+#include <zelm/variant/Comparison.h>
 #include <zelm/variant/MutableVariant.h>
 #include <zelm/variant/Struct.h>
 #include <zelm/variant/Variant.h>
+#include <zelm/variant/VariantElementIterator.h>
 #include <zelm/variant/VariantOps.h>
 #include <zelm/variant/WellKnownType.h>

@@ -178,7 +178,7 @@ Variant operator*(Variant a, Variant b) {
     return combine<details::ElementProduct>(std::move(a), std::move(b));
 }
 
-template <class T>
+template <class T, class>
 Variant mapElements(Variant value, std::function<T(const T&)> function) {
     return details::mapElementsInline<T>(std::move(value),
                                          [&](const T& element) { return function(element); });

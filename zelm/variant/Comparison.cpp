@@ -88,6 +88,9 @@ public:
     bool equalStorages(const AbstractVariantStorage& a, const AbstractVariantStorage& b,
                        const ArrayDimensions& shape, bool isTransposed = false);
 
+    /// Whether both structs have the same keys; their fields are left open.
+    bool openFields(const Struct& a, const Struct& b);
+
     /// Whether all that was left open is equal.
     bool finish();
 
@@ -113,7 +116,6 @@ private:
     bool equalAfterConversion(Variant x, Variant y, const ArrayDimensions& shape, DataOrdering ordering);
     bool compareBy(const Variant& owner, const AbstractVariantStorage& a, const AbstractVariantStorage& b,
                    const ArrayDimensions& shape, bool isTransposed = false);
-    bool openFields(const Struct& a, const Struct& b);
 
     ComparisonLevel level_;
     std::vector<Open> open_;
@@ -295,6 +297,11 @@ bool Variant::isEquivalentTo(const Variant& other) const {
 
 bool Variant::isIdenticalTo(const Variant& other) const {
     return details::areEqual(*this, other, Identical);
+}
+
+bool Struct::isEqual(const Struct& other, ComparisonLevel level) const {
+    return details::runComparison(
+        level, [&](details::Comparer& comparer) { return comparer.openFields(*this, other); });
 }
 
 } // namespace Zelm

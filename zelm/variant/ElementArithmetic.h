@@ -8,13 +8,12 @@
 
 namespace Zelm::details {
 
-/// The type in which elements of type `T` are added and multiplied, `void` if they are not: real numbers in
-/// their own type, complex ones with integer or boolean parts in `std::complex<double>`.
+/// The type in which elements of type `T` are added and multiplied, `void` if they are not: their own type
+/// where it is one of arithmetic, `std::complex<double>` for complex numbers with integer or boolean parts.
 template <class T>
 using ArithmeticTypeOf =
-    std::conditional_t<isComplexElement<T>,
-                       std::conditional_t<std::is_same_v<T, std::complex<float>>, T, std::complex<double>>,
-                       std::conditional_t<isNumericElement<T> && !std::is_same_v<T, bool>, T, void>>;
+    std::conditional_t<isArithmeticElement<T>, T,
+                       std::conditional_t<isComplexElement<T>, std::complex<double>, void>>;
 
 /// The unsigned type in which integers of type `T` wrap around. Narrow types are calculated in 32 bits:
 /// promoted to `int`, a product of two `unsigned short` would overflow.

@@ -58,6 +58,14 @@ struct RealPart<T, true> {
 template <class T>
 using RealPartOf = typename RealPart<T>::type;
 
+/// The types in which elements are added, multiplied and mapped: real numbers but for `bool`, and the complex
+/// numbers of the standard library.
+template <class T>
+inline constexpr bool isArithmeticElement = isNumericElement<T> && !std::is_same_v<T, bool> &&
+                                            (!isComplexElement<T> || std::is_floating_point_v<RealPartOf<T>>);
+template <class T>
+using RequireArithmeticElement = std::enable_if_t<isArithmeticElement<T>>;
+
 /// A `bool` in a vector of its own byte, so that elements can be pointed at.
 struct ZELM_EXPORT Boolean {
     bool value = false;

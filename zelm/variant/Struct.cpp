@@ -1,6 +1,5 @@
 #include <zelm/variant/Struct.h>
 
-#include <algorithm>
 #include <utility>
 
 namespace Zelm {
@@ -43,15 +42,6 @@ void Struct::set(ZString key, Variant value) {
     } else {
         fields_.emplace_hint(field, std::move(key), std::make_unique<Variant>(std::move(value)));
     }
-}
-
-bool Struct::isEqual(const Struct& other, ComparisonLevel level) const {
-    return std::equal(fields_.begin(), fields_.end(), other.fields_.begin(), other.fields_.end(),
-                      [level](const auto& a, const auto& b) {
-                          return a.first == b.first &&
-                                 (level == Identical ? a.second->isIdenticalTo(*b.second)
-                                                     : a.second->isEquivalentTo(*b.second));
-                      });
 }
 
 } // namespace Zelm

@@ -198,7 +198,7 @@ ZELM_FOR_EACH_ELEMENT_TYPE(ZELM_EXTERN)
 
 /// A new value of the same shape and ordering with `function` of each element, which is converted to `T` with
 /// a check before. `T` is a real number other than `bool`, or a `std::complex`.
-template <class T>
+template <class T, class = details::RequireArithmeticElement<T>>
 ZELM_EXPORT Variant mapElements(Variant value, std::function<T(const T&)> function);
 
 } // namespace Zelm
