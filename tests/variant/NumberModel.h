@@ -1,11 +1,10 @@
 #pragma once
 
-#include <zelm/variant/VectorVariantStorage.h>
+#include <zelm/variant/VariantAccess.h>
 
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
-#include <memory>
 #include <vector>
 
 namespace Zelm::Testing {
@@ -18,56 +17,39 @@ struct Number {
     Real re = 0;
     Real im = 0;
 };
+using NumberList = std::vector<Number>;
 
-/// What a real type is: 'f' floating, 'i' signed, 'u' unsigned, 'b' boolean.
-struct NumberKind {
-    WellKnownType real;
-    WellKnownType complex;
+/// A type of the model: one part or two that are 'f' floating, 'i' signed, 'u' unsigned or 'b' boolean.
+struct NumberType {
+    WellKnownType tag;
     char kind;
     int bits;
-};
-
-inline const std::vector<NumberKind> kNumberKinds = {
-    {WellKnownType("double"), WellKnownType("complexDouble"), 'f', 64},
-    {WellKnownType("float"), WellKnownType("complexFloat"), 'f', 32},
-    {WellKnownType("bool"), WellKnownType("complexBool"), 'b', 1},
-    {WellKnownType("int8"), WellKnownType("complexInt8"), 'i', 8},
-    {WellKnownType("int16"), WellKnownType("complexInt16"), 'i', 16},
-    {WellKnownType("int32"), WellKnownType("complexInt32"), 'i', 32},
-    {WellKnownType("int64"), WellKnownType("complexInt64"), 'i', 64},
-    {WellKnownType("unsignedInt8"), WellKnownType("complexUnsignedInt8"), 'u', 8},
-    {WellKnownType("unsignedInt16"), WellKnownType("complexUnsignedInt16"), 'u', 16},
-    {WellKnownType("unsignedInt32"), WellKnownType("complexUnsignedInt32"), 'u', 32},
-    {WellKnownType("unsignedInt64"), WellKnownType("complexUnsignedInt64"), 'u', 64},
-};
-
-/// A type of the model: a kind, and whether there are two parts of it.
-struct NumberType {
-    NumberKind part;
     bool isComplex;
-
-    WellKnownType tag() const { return isComplex ? part.complex : part.real; }
 };
 
-inline std::vector<NumberType> allNumberTypes() {
-    std::vector<NumberType> types;
-    for (const NumberKind& kind : kNumberKinds) {
-        types.push_back({kind, false});
-        types.push_back({kind, true});
-    }
-    return types;
+template <class T>
+NumberType numberType() {
+    using Part = details::RealPartOf<T>;
+    const bool isBool = std::is_same_v<Part, bool>;
+    const char kind = std::is_floating_point_v<Part> ? 'f' : std::is_signed_v<Part> ? 'i' : 'u';
+    return {details::wellKnownTypeOf<T>, isBool ? 'b' : kind, isBool ? 1 : 8 * int(sizeof(Part)),
+            details::isComplexElement<T>};
 }
+inline const std::vector<NumberType> kNumberTypes = {
+#define ZELM_NUMBER_TYPE(type, Name, value, keyword) numberType<type>(),
+    ZELM_FOR_EACH_REAL_TYPE(ZELM_NUMBER_TYPE) ZELM_FOR_EACH_COMPLEX_TYPE(ZELM_NUMBER_TYPE)
+#undef ZELM_NUMBER_TYPE
+};
 
-/// An integer counted round the circle of a type of `bits` bits.
-inline Real wrapped(Real integer, char kind, int bits) {
-    const Real circle = std::ldexp(Real(1), bits);
-    Real n = std::fmod(integer, circle);
-    n = n < 0 ? n + circle : n;
-    return (kind == 'i' && n >= circle / 2 ? n - circle : n) + 0.0L;
-}
-
-/// What becomes of a number of kind `from` in kind `to`.
-inline Real convertedReal(Real value, const NumberKind& from, const NumberKind& to) {
+/// What becomes of a number of type `from`, or of one part of it, in type `to`.
+inline Real convertedReal(Real value, const NumberType& from, const NumberType& to) {
+    // An integer counted round the circle of the target.
+    const auto wrapped = [&to](Real integer) {
+        const Real circle = std::ldexp(Real(1), to.bits);
+        Real n = std::fmod(integer, circle);
+        n = n < 0 ? n + circle : n;
+        return (to.kind == 'i' && n >= circle / 2 ? n - circle : n) + 0.0L;
+    };
     if (to.kind == 'b') {
         return value == 0 ? 0 : 1;
     }
@@ -75,47 +57,42 @@ inline Real convertedReal(Real value, const NumberKind& from, const NumberKind& 
         return to.bits == 64 ? static_cast<double>(value) : static_cast<float>(value);
     }
     if (from.kind != 'f') {
-        return wrapped(value, to.kind, to.bits);
+        return wrapped(value);
     }
-    const bool isSigned = to.kind == 'i' || to.bits < 32;
     const int width = std::max(to.bits, 32);
-    const Real lowest = isSigned ? -std::ldexp(Real(1), width - 1) : 0;
+    const Real lowest = to.kind == 'i' || to.bits < 32 ? -std::ldexp(Real(1), width - 1) : 0;
     const Real whole = std::trunc(value);
-    const bool fits = whole >= lowest && whole < lowest + std::ldexp(Real(1), width);
-    return wrapped(fits ? whole : lowest, to.kind, to.bits);
+    return wrapped(whole >= lowest && whole < lowest + std::ldexp(Real(1), width) ? whole : lowest);
 }
 
 inline Number converted(const Number& value, const NumberType& from, const NumberType& to) {
-    return {convertedReal(value.re, from.part, to.part),
-            from.isComplex && to.isComplex ? convertedReal(value.im, from.part, to.part) : 0};
+    const bool bothParts = from.isComplex && to.isComplex;
+    return {convertedReal(value.re, from, to), bothParts ? convertedReal(value.im, from, to) : 0};
 }
 
-/// A conversion keeps a number if what comes out is the same number; of a NaN that can never be said.
-inline bool isKept(const Number& value, const Number& result) {
-    return value.re == result.re && value.im == result.im;
+/// Whether both are the same number; of a NaN that can never be said.
+inline bool areEqual(const Number& a, const Number& b) {
+    return a.re == b.re && a.im == b.im;
 }
 
-inline bool mayLose(const NumberType& fromType, const NumberType& toType) {
-    const NumberKind& from = fromType.part;
-    const NumberKind& to = toType.part;
-    if (fromType.isComplex && !toType.isComplex) {
-        return true;
-    }
+/// Whether the pair is one of those that are tested where a value may be lost.
+inline bool mayLose(const NumberType& from, const NumberType& to) {
     const bool kept = (from.kind == to.kind && from.bits <= to.bits) || from.kind == 'b' ||
                       (to.kind == 'f' && from.kind != 'f') ||
                       (from.kind == 'u' && to.kind == 'i' && from.bits < to.bits);
-    return !kept;
+    return (from.isComplex && !to.isComplex) || !kept;
 }
 
-inline bool isSameReal(Real a, Real b) {
-    return (std::isnan(a) && std::isnan(b)) || (a == b && std::signbit(a) == std::signbit(b));
-}
+/// Tells two zeros apart, but no NaNs.
 inline bool isSame(const Number& a, const Number& b) {
-    return isSameReal(a.re, b.re) && isSameReal(a.im, b.im);
+    const auto same = [](Real x, Real y) {
+        return (std::isnan(x) && std::isnan(y)) || (x == y && std::signbit(x) == std::signbit(y));
+    };
+    return same(a.re, b.re) && same(a.im, b.im);
 }
 
 /// Every number of `type` that stands at an edge of any type.
-inline std::vector<Number> edgeNumbers(const NumberType& type) {
+inline NumberList edgeNumbers(const NumberType& type) {
     const auto two = [](int power) { return std::ldexp(Real(1), power); };
     std::vector<Real> edges = {0.0L, -0.0L, 0.5L, -0.5L, 1.5L, -1.5L, 200, 300.7L, -300.7L, 1e300L, -1e300L};
     edges.insert(edges.end(), {FLT_MAX, DBL_MAX, -DBL_MAX, FLT_MIN, DBL_MIN, 5e-324L, -1e-45L, INFINITY});
@@ -123,19 +100,17 @@ inline std::vector<Number> edgeNumbers(const NumberType& type) {
     edges.insert(edges.end(), {two(63) - 1024, two(64) - 2048, two(63) - two(39), two(64) - two(40)});
     for (const int power : {0, 7, 8, 15, 16, 24, 31, 32, 53, 63, 64}) {
         for (const int offset : {-1, 0, 1}) {
-            edges.push_back(two(power) + offset);
-            edges.push_back(-two(power) + offset);
+            edges.insert(edges.end(), {two(power) + offset, -two(power) + offset});
         }
     }
-    static const NumberKind kExact{{}, {}, 'f', 0};
     std::vector<Real> reals;
     for (const Real edge : edges) {
-        const Real value = convertedReal(edge, kExact, type.part);
-        if (type.part.kind == 'f' || value == edge) {
+        const Real value = convertedReal(edge, {{}, 'f', 0, false}, type);
+        if (type.kind == 'f' || value == edge) {
             reals.push_back(value);
         }
     }
-    std::vector<Number> numbers;
+    NumberList numbers;
     for (std::size_t i = 0; i < reals.size(); ++i) {
         numbers.push_back({reals[i], 0});
         if (type.isComplex) {
@@ -146,48 +121,58 @@ inline std::vector<Number> edgeNumbers(const NumberType& type) {
     return numbers;
 }
 
-template <class Part>
-Part asPart(Real value) {
-    return std::is_same_v<Part, bool> ? value != 0 : static_cast<Part>(value);
+template <class T>
+T elementOf(const Number& number) {
+    using Part = details::RealPartOf<T>;
+    if constexpr (details::isComplexElement<T>) {
+        return T(elementOf<Part>({number.re, 0}), elementOf<Part>({number.im, 0}));
+    } else {
+        return std::is_same_v<T, bool> ? number.re != 0 : static_cast<T>(number.re);
+    }
+}
+template <class T>
+Number numberOf(const T& element) {
+    if constexpr (details::isComplexElement<T>) {
+        return {static_cast<Real>(element.real()), static_cast<Real>(element.imag())};
+    } else {
+        return {static_cast<Real>(element), 0};
+    }
 }
 
-/// A storage of these numbers, and the numbers of a storage.
-inline std::shared_ptr<details::AbstractVariantStorage> storageOfNumbers(WellKnownType type,
-                                                                         const std::vector<Number>& numbers,
-                                                                         ArrayDimensions shape,
-                                                                         DataOrdering ordering = RowMajor) {
-    std::shared_ptr<details::AbstractVariantStorage> storage;
+/// Calls `visit(ElementTag<T>())` if the type is numeric.
+template <class Visit>
+void visitNumberType(WellKnownType type, Visit&& visit) {
     details::visitElementType(type, [&](auto tag) {
-        using T = typename decltype(tag)::type;
-        using Part = details::RealPartOf<T>;
-        if constexpr (details::isNumericElement<T>) {
-            std::vector<details::StoredElement<T>> elements;
-            for (const Number& number : numbers) {
-                if constexpr (details::isComplexElement<T>) {
-                    elements.push_back(T(asPart<Part>(number.re), asPart<Part>(number.im)));
-                } else {
-                    elements.push_back(asPart<T>(number.re));
-                }
-            }
-            storage =
-                std::make_shared<details::VectorVariantStorage<T>>(std::move(elements), shape, ordering);
+        if constexpr (details::isNumericElement<typename decltype(tag)::type>) {
+            visit(tag);
         }
     });
-    return storage;
 }
 
-inline std::vector<Number> numbersOf(const details::AbstractVariantStorage& storage) {
-    std::vector<Number> numbers;
-    details::visitStorage(storage, [&](const auto& typed) {
-        for (const auto& element : typed.elements()) {
-            if constexpr (details::isComplexElement<std::decay_t<decltype(element)>>) {
-                numbers.push_back({static_cast<Real>(element.real()), static_cast<Real>(element.imag())});
-            } else if constexpr (std::is_convertible_v<decltype(element), Real>) {
-                numbers.push_back({static_cast<Real>(element), 0});
-            }
+/// The flat numbers of a storage.
+inline NumberList numbersOf(const details::AbstractVariantStorage& storage) {
+    NumberList numbers;
+    visitNumberType(storage.wellKnownType(), [&](auto tag) {
+        using T = typename decltype(tag)::type;
+        for (const auto& element : details::storageOf<T>(&storage)->elements()) {
+            numbers.push_back(numberOf<T>(element));
         }
     });
     return numbers;
+}
+
+inline Variant valueOf(WellKnownType type, const NumberList& numbers, ArrayDimensions shape = {},
+                       DataOrdering ordering = RowMajor) {
+    Variant value;
+    visitNumberType(type, [&](auto tag) {
+        using T = typename decltype(tag)::type;
+        std::vector<T> elements;
+        for (const Number& number : numbers) {
+            elements.push_back(elementOf<T>(number));
+        }
+        value = Variant(std::move(elements), shape, ordering);
+    });
+    return value;
 }
 
 } // namespace Zelm::Testing
