@@ -77,9 +77,11 @@ private:
         return length + 1;
     }
     std::size_t lengthOfComment() const {
-        const std::string_view end = rest_.substr(0, 2) == "/*" ? "*/" : "\n";
-        const std::size_t position = rest_.find(end, 2);
-        return position == std::string_view::npos ? position : position + end.size();
+        if (rest_.substr(0, 2) != "/*") {
+            return rest_.find_first_of("\r\n");
+        }
+        const std::size_t end = rest_.find("*/", 2);
+        return end == std::string_view::npos ? end : end + 2;
     }
 
     void rewriteNumber() {
