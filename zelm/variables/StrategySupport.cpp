@@ -7,10 +7,11 @@
 namespace Zelm::details {
 
 const Variant& propertyOf(const ZVariable& variable, ZStringView name) {
-    const ZPropertyHandle& tree = variable.propertyHandle();
-    const ZPropertyTreeNode* child = tree.node().findChild(name);
-    // The handle on a child costs allocations; it is made only to fail, in the words of the tree.
-    return child ? child->value() : tree.child(ZString(name)).sharedNode()->value();
+    const ZPropertyTreeNode* child = variable.propertyHandle().node().findChild(name);
+    if (!child) {
+        Private::throwPropertyNotFound(name);
+    }
+    return child->value();
 }
 
 std::vector<IndexSet> rowSlice(IndexSet rows, std::uint64_t numberOfDimensions) {
