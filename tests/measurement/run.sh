@@ -30,7 +30,7 @@ printf '# GHz\n1 2 three\n' >text.s1p
 printf '# GHz Q\n1 2 3\n' >option.s1p
 printf '# GHz\n2 2 3\n1 2 3\n' >decreasing.s1p
 head -c 5000 "$program" >binary.s1p
-printf '# GHz\n1 2 3\n' >name.txt
+printf '# GHz\n1 2 3\n' | tee name.txt >good.s1p
 refuse() {
     local code=0
     "$program" --document out.json "$@" >out 2>err || code=$?
@@ -47,15 +47,10 @@ for case in missing.s1p:0 folder.s1p:0 name.txt:0 empty.s1p:1 short.s1p:2 text.s
 done
 refuse --unknown
 refuse two.s1p files.s1p
-printf '# GHz\n1 2 3\n' >good.s1p
-if [ -w /dev/full ]; then
-    if "$program" good.s1p >/dev/full 2>err; then
-        fail "a full device went unnoticed"
-    fi
+refuse --document none/out.json good.s1p
+if [ -w /dev/full ] && "$program" good.s1p >/dev/full 2>err; then
+    fail "a full device went unnoticed"
 fi
-code=0
-"$program" --document none/out.json good.s1p >out 2>err || code=$?
-[ "$code $(wc -l <err)" = "1 1" ] || fail "a document that cannot be written"
 rm -f good.s1p.json
 left=$(find . -name '*json*')
 [ -z "$left" ] || fail "a document was left: $left"
