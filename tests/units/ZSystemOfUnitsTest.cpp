@@ -97,9 +97,9 @@ TEST(ZSystemOfUnits, ReadsWhatPeopleWrite) {
     EXPECT_TRUE(catalogue().GetUnitsFromString("kg*m/s^2").GetUnitType() == T::Force());
     const std::pair<const char*, const char*> refused[] = {
         {"mu", "mµ"}, {"uuF", "µuF"}, {"Ohm*Ohm", "Ω*Ohm"}, {"celsius", "celsiµs"}};
-    for (const auto& [text, name] : refused) {
-        EXPECT_THROW_MSG(catalogue().GetUnitsFromString(text), std::runtime_error,
-                         std::string("Error constructing a unit from SI String ") + name);
+    for (const auto& row : refused) {
+        EXPECT_THROW_MSG(catalogue().GetUnitsFromString(row.first), std::runtime_error,
+                         std::string("Error constructing a unit from SI String ") + row.second);
     }
 }
 
