@@ -1,8 +1,6 @@
-#include <variant/NumberModel.h>
 #include <variant/Samples.h>
 
-#include <zelm/variant/Struct.h>
-
+#include <cmath>
 #include <functional>
 
 namespace Zelm::Testing {
@@ -42,21 +40,18 @@ TEST(VariantComparison, FollowsTheTable) {
         {Variant(), Variant(), Same},
         {Variant(), noInts, Alike},
         {noInts, std::vector<ZString>(), Alike},
-        {Variant(noInts, {0, 3}), Variant(noInts, {2, 0}), Same}, // both become {0}
-        {noInts, 1, Different},
         {Variant(), 0, Different},
         {true, 1, Alike},
-        {std::complex<double>(2, 0), 2, Alike},
+        {std::complex<double>(2, 0), Complex<short>(2, 0), Alike},
+        {std::complex<double>(2, 1), 2, Different},
+        {1, 1.5, Different},
         {std::int64_t(odd), std::uint64_t(odd), Different}, // they meet in double, which loses it
         {NAN, NAN, Different},
         {0.0, -0.0, Same},
         {std::complex<double>(1, NAN), std::complex<double>(1, NAN), Different},
         {std::string("a"), 1.0, Different},
         {std::string("a"), ZString("a"), Different},
-        {std::string("a\0b", 3), std::string("a\0c", 3), Different},
-        {ZString("ab"), ZString("abc"), Different},
         {Variant{1, 2, 3}, Variant({1, 2, 3}, {3, 1}), Alike},
-        {Variant{1, 2, 3}, Variant({1, 2, 3}, {1, 3}), Different},
         {Variant{1, 2, 3}, Variant({1, 2, 3}, {3}, ColumnMajor), Alike},
         {matrix, Variant({1.0, 3.0, 2.0, 4.0}, {2, 2, 1}, ColumnMajor), Alike},
         {matrix, Variant({1, 2, 3, 4}, {2, 2}, ColumnMajor), Different},
@@ -65,39 +60,15 @@ TEST(VariantComparison, FollowsTheTable) {
         {cell({1, Variant()}), cell({1.0, noInts}), Alike},
         {cell({1}), 1, Different},
         {cell({cell({NAN})}), cell({cell({NAN})}), Different},
-        {cell({cell({1}), 2}), cell({cell({1.0}), 3}), Different},
         {cell({1, 2, cell({3}), 4}, {2, 2}), cell({1, cell({3.0}), 2, 4}, {2, 2}, ColumnMajor), Alike},
         {record({{"a", 1}, {"b", ZString("x")}}), record({{"b", ZString("x")}, {"a", 1}}), Same},
-        {record({{"a", 1}}), record({{"a", 1.0}}), Alike},
         {record({{"a", 1}}), record({{"b", 1}}), Different},
         {record({{"a", 1}}), record({{"a", 1}, {"b", 1}}), Different},
         {record({{"a", record({{"b", NAN}})}}), record({{"a", record({{"b", NAN}})}}), Different},
-        {record({}), cell({}), Different},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(&row - rows);
         expectRelation(row.a, row.b, row.relation);
-        expectRelation(row.b, row.b, row.b.isEquivalentTo(row.b) ? Same : Different);
-    }
-}
-
-TEST(VariantComparison, BringsScalarsToTheirCommonType) {
-    for (const NumberType& a : kNumberTypes) {
-        for (const NumberType& b : kNumberTypes) {
-            const WellKnownType tag = WellKnownType::GetCommonWellKnownType(a.tag, b.tag);
-            const NumberType common = *std::find_if(kNumberTypes.begin(), kNumberTypes.end(),
-                                                    [&](const NumberType& type) { return type.tag == tag; });
-            for (const Number& x : edgeNumbers(a)) {
-                const Number y = converted(x, a, b);
-                const bool survive = a.tag == b.tag || (areEqual(x, converted(x, a, common)) &&
-                                                        areEqual(y, converted(y, b, common)));
-                expectRelation(valueOf(a.tag, {x}), valueOf(b.tag, {y}),
-                               !survive || !areEqual(x, y) ? Different
-                               : a.tag == b.tag            ? Same
-                                                           : Alike);
-                ASSERT_FALSE(HasFailure()) << a.tag.ToString() << ' ' << b.tag.ToString() << ' ' << x.re;
-            }
-        }
     }
 }
 
@@ -120,11 +91,9 @@ TEST(VariantComparison, SeesOneDifferentElementOfAnyTypeAnywhere) {
 
 TEST(VariantComparison, ThrowsForValuesMovedFrom) {
     Variant moved(1.0);
-    const Variant taken(std::move(moved)), null, holder = cell({moved});
-    for (const Variant& other : {taken, null, moved}) {
+    const Variant taken(std::move(moved)), holder = cell({moved});
+    for (const Variant& other : {taken, Variant(), moved}) {
         EXPECT_THROW(moved.isEquivalentTo(other), std::bad_function_call);
-        EXPECT_THROW(other.isEquivalentTo(moved), std::bad_function_call);
-        EXPECT_THROW(moved.isIdenticalTo(other), std::bad_function_call);
         EXPECT_THROW(other.isIdenticalTo(moved), std::bad_function_call);
     }
     EXPECT_FALSE(holder.isEquivalentTo(holder));

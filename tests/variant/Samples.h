@@ -73,15 +73,10 @@ void forEachElementType(Visit&& visit) {
 /// The same for one type for each way in which elements are copied, and for all that own memory.
 template <class Visit>
 void forEachKindOfElement(Visit&& visit) {
-    visit(details::ElementTag<bool>());
-    visit(details::ElementTag<short>());
-    visit(details::ElementTag<float>());
-    visit(details::ElementTag<double>());
-    visit(details::ElementTag<std::complex<double>>());
-    visit(details::ElementTag<std::u16string>());
-    visit(details::ElementTag<ZString>());
-    visit(details::ElementTag<Variant>());
-    visit(details::ElementTag<Struct>());
+    const auto visitAll = [&](auto... tags) { (visit(tags), ...); };
+    visitAll(details::ElementTag<bool>(), details::ElementTag<short>(), details::ElementTag<double>(),
+             details::ElementTag<std::complex<double>>(), details::ElementTag<std::u16string>(),
+             details::ElementTag<ZString>(), details::ElementTag<Variant>(), details::ElementTag<Struct>());
 }
 
 template <class T>
@@ -89,26 +84,17 @@ Storage storageOf(std::vector<T> elements, ArrayDimensions shape = {}, DataOrder
     return Storage(VariantOps::constructVariantStorage<T>(std::move(elements), std::move(shape), ordering));
 }
 
-inline void expectForm(const details::AbstractVariantStorage& storage, std::uint64_t count,
-                       const ArrayDimensions& shape, DataOrdering ordering) {
-    EXPECT_OUT_OF_BOUNDS(storage.element(count));
-    EXPECT_TRUE(storage.dimensions().isIdenticalTo(shape))
-        << "for type " << storage.wellKnownType().ToString();
-    EXPECT_EQ(storage.dataOrdering(), ordering);
-}
-
 /// Expects these elements and no more, read one by one through the interface.
 template <class T>
 void expectHolds(const details::AbstractVariantStorage& storage, const std::vector<T>& elements,
                  const ArrayDimensions& shape, DataOrdering ordering = RowMajor) {
-    expectForm(storage, elements.size(), shape, ordering);
-    std::uint64_t equal = 0;
-    while (equal < elements.size() &&
-           same<T>(*static_cast<const T*>(storage.element(equal)), elements[equal])) {
-        ++equal;
+    bool equal = storage.typeInfo() == typeid(T);
+    for (std::uint64_t i = 0; equal && i < elements.size(); ++i) {
+        equal = same<T>(*static_cast<const T*>(storage.element(i)), elements[i]);
     }
-    EXPECT_EQ(equal, elements.size()) << "for type " << storage.wellKnownType().ToString();
-    EXPECT_TRUE(storage.typeInfo() == typeid(T));
+    EXPECT_TRUE(equal && storage.dimensions().isIdenticalTo(shape)) << storage.wellKnownType().ToString();
+    EXPECT_EQ(storage.dataOrdering(), ordering);
+    EXPECT_OUT_OF_BOUNDS(storage.element(elements.size()));
 }
 
 } // namespace Zelm::Testing
