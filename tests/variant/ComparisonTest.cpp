@@ -15,18 +15,6 @@ void expectRelation(const Variant& a, const Variant& b, Relation relation) {
     EXPECT_EQ(b.isIdenticalTo(a), relation == Same);
 }
 
-Struct record(std::initializer_list<std::pair<const char*, Variant>> fields) {
-    Struct result;
-    for (const auto& field : fields) {
-        result.set(field.first, field.second);
-    }
-    return result;
-}
-
-Variant cell(std::vector<Variant> elements, ArrayDimensions shape = {}, DataOrdering ordering = RowMajor) {
-    return Variant(std::move(elements), std::move(shape), ordering);
-}
-
 TEST(VariantComparison, FollowsTheTable) {
     const std::int64_t odd = (std::int64_t(1) << 53) + 1;
     const std::vector<int> noInts;

@@ -286,9 +286,7 @@ TEST(CellConversion, MakesAScalarOfEachElementAndChecksByEquivalence) {
     const StoragePointer cells =
         convert(Variant({1, 2}, {1, 2}, ColumnMajor), WellKnownType::Cell(), CheckLossy);
     expectHolds<Variant>(*cells, {1, 2}, {1, 2}, ColumnMajor);
-    Struct record;
-    record.set("x", NAN);
-    for (const Variant& source : {Variant(std::vector<Variant>{1, NAN}), Variant{Struct(), record}}) {
+    for (const Variant& source : {cell({1, NAN}), Variant{Struct(), record({{"x", NAN}})}}) {
         EXPECT_EQ(failureOf([&] { convert(source, source.wellKnownType(), CheckAlways); }), kLost);
         EXPECT_EQ(failureOf([&] { convert(source, source.wellKnownType(), CheckLossy); }), "");
     }

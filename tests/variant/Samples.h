@@ -8,6 +8,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #define EXPECT_OUT_OF_BOUNDS(statement) EXPECT_THROW_MSG(statement, std::out_of_range, "Offset out of bounds")
@@ -15,6 +16,19 @@
 namespace Zelm::Testing {
 
 using Storage = std::shared_ptr<details::AbstractVariantStorage>;
+
+inline Struct record(std::initializer_list<std::pair<const char*, Variant>> fields) {
+    Struct result;
+    for (const auto& field : fields) {
+        result.set(field.first, field.second);
+    }
+    return result;
+}
+
+inline Variant cell(std::vector<Variant> elements, ArrayDimensions shape = {},
+                    DataOrdering ordering = RowMajor) {
+    return Variant(std::move(elements), std::move(shape), ordering);
+}
 
 /// An element for each number; the numbers can be told apart but for `bool`.
 template <class T>
@@ -27,9 +41,7 @@ T sample(std::uint64_t n) {
     } else if constexpr (details::isNumericElement<T>) {
         return static_cast<T>(n);
     } else if constexpr (std::is_same_v<T, Struct>) {
-        Struct record;
-        record.set(ZString("n"), n);
-        return record;
+        return record({{"n", n}});
     } else if constexpr (std::is_same_v<T, Variant>) {
         return Variant(n);
     } else {

@@ -29,16 +29,6 @@ Variant movedFrom() {
     return value;
 }
 
-Variant cellOf(Variant inner) {
-    return std::vector<Variant>{std::move(inner)};
-}
-
-Variant structOf(Variant inner) {
-    Struct record;
-    record.set(ZString("inner"), std::move(inner));
-    return record;
-}
-
 constexpr int kDepth = 100000;
 
 template <class Wrap>
@@ -251,7 +241,7 @@ TEST(MutableVariant, clones_only_what_is_shared) {
 }
 
 TEST(MutableVariant, elements_and_their_failures) {
-    MutableVariant value(Variant({1, 2, 3, 4}, {2, 2})), null, cell(cellOf(Variant()));
+    MutableVariant value(Variant({1, 2, 3, 4}, {2, 2})), null, cells(cell({Variant()}));
     EXPECT_THROW_MSG(value.element<double>({0, 0}), std::invalid_argument, "Wrong data type");
     EXPECT_THROW_MSG(value.element<int>({0}), std::invalid_argument, "Too few indices");
     EXPECT_THROW_MSG(value.setElement<int>({0, 2}, 1), std::out_of_range, "Indices out of bounds");
@@ -266,25 +256,26 @@ TEST(MutableVariant, elements_and_their_failures) {
     EXPECT_THROW_MSG(null.setElementByVariant({0}, 7), std::invalid_argument,
                      "setElementByVariant: argument must be well-known type");
     EXPECT_TRUE(Variant(std::move(value)).isIdenticalTo(Variant({1, 7, 5, 6}, {2, 2})));
-    EXPECT_THROW_MSG(cell.setElementByVariant({0}, 1.5), std::invalid_argument, "Unable to check conversion");
-    cell.setElementByVariant({0}, cellOf(1.5));
-    EXPECT_EQ(cell.element<Variant>({0}).value<double>(), 1.5);
+    EXPECT_THROW_MSG(cells.setElementByVariant({0}, 1.5), std::invalid_argument,
+                     "Unable to check conversion");
+    cells.setElementByVariant({0}, cell({1.5}));
+    EXPECT_EQ(cells.element<Variant>({0}).value<double>(), 1.5);
 }
 
 TEST(Struct, fields_in_byte_order_and_copies_of_their_own) {
-    Struct record, assigned;
+    Struct original, assigned;
     for (const char* key : {"b", "", "\xC3\xA9", "B", "a", "ab", "a"}) {
-        record.set(ZString(key), std::string(key));
+        original.set(ZString(key), std::string(key));
     }
     const std::vector<ZString> keys{"", "B", "a", "ab", "b", "\xC3\xA9"};
-    EXPECT_EQ(record.keys(), keys);
-    EXPECT_TRUE(record.get("missing").isIdenticalTo(Variant()));
-    Struct copy(record);
+    EXPECT_EQ(original.keys(), keys);
+    EXPECT_TRUE(original.get("missing").isIdenticalTo(Variant()));
+    Struct copy(original);
     assigned.set("old", 1);
-    assigned = record;
+    assigned = original;
     copy.set("a", 5);
     copy.set("new", 6);
-    EXPECT_TRUE(assigned.isEqual(record, Identical) && record.get("a").isIdenticalTo(std::string("a")));
+    EXPECT_TRUE(assigned.isEqual(original, Identical) && original.get("a").isIdenticalTo(std::string("a")));
     const Struct& itself = assigned;
     assigned = itself;
     EXPECT_EQ(assigned.keys(), keys);
@@ -293,15 +284,15 @@ TEST(Struct, fields_in_byte_order_and_copies_of_their_own) {
 }
 
 TEST(Nesting, deep_values_are_destroyed_without_recursion) {
-    nested([](Variant inner) { return structOf(std::vector<Variant>{2, std::move(inner), "x"}); });
+    nested([](Variant inner) { return record({{"inner", cell({2, inner, "x"})}}); });
     // A part that somebody else holds outlives the rest.
-    Variant kept = nested([](Variant inner) { return cellOf(std::move(inner)); });
+    Variant kept = nested([](Variant inner) { return cell({inner}); });
     for (int depth = 0; depth < kDepth; ++depth) {
         ASSERT_TRUE(kept.wellKnownType().isCellArray());
         kept = kept.value<Variant>();
     }
     EXPECT_EQ(kept.value<double>(), 1.0);
-    MutableVariant outer(cellOf(nested([](Variant inner) { return cellOf(std::move(inner)); })));
+    MutableVariant outer(cell({nested([](Variant inner) { return cell({inner}); })}));
     outer.setElement<Variant>({0}, 5);
     EXPECT_EQ(outer.element<Variant>({0}).value<int>(), 5);
 }
