@@ -1,0 +1,106 @@
+#include <zelm/entities/ChildEntities.h>
+
+#include <zelm/entities/ZEntityFactory.h>
+#include <zelm/tree/ZObserver.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <unordered_set>
+
+namespace Zelm::Private {
+
+namespace {
+
+/// Up to here, looking at one child after the other is as fast as a table.
+constexpr std::size_t kLongestScan = 12;
+
+constexpr ZStringLiteral kLink("Link", 4);
+
+bool isPlainValue(const Zelm::ZPropertyTreeNode& node) {
+    return node.objectType().empty() && node.children().empty();
+}
+
+bool isLink(const Zelm::ZPropertyTreeNode& node) {
+    return node.objectType() == ZObserver::objectType();
+}
+
+} // namespace
+
+std::shared_ptr<ZEntityInterface> findChildEntity(const EntityList& children, const ZString& name) {
+    const auto child = std::find_if(children.begin(), children.end(),
+                                    [&](const auto& candidate) { return candidate->name() == name; });
+    return child == children.end() ? nullptr : *child;
+}
+
+void throwChildEntityNotFound(const ZString& name) {
+    throw std::logic_error(("Child \"" + name + "\"  not found").to_string());
+}
+
+void throwUnnamedEntity() {
+    throw std::invalid_argument("Unnamed ZEntity");
+}
+
+void detachChildEntities(const EntityList& children, const ZEntityInterface* parent, const EntityList& kept) {
+    if (children == kept) {
+        return;
+    }
+    std::unordered_set<const ZEntityInterface*> stay;
+    for (const auto& child : kept) {
+        stay.insert(child.get());
+    }
+    for (const auto& child : children) {
+        if (stay.count(child.get()) == 0 && child->parent() == parent) {
+            child->setParent(nullptr);
+        }
+    }
+}
+
+void ChildEntityPlacement::placeChildrenOf(const ZPropertyHandle& object, Links links) {
+    for (const auto& [name, node] : object.node().children()) {
+        if (isPlainValue(*node)) {
+            continue;
+        }
+        ZPropertyHandle child(object.basis(), object.childPath(name), node);
+        place(name, links == Links::SeenThrough && isLink(*node) ? child.child(kLink) : std::move(child));
+    }
+}
+
+void ChildEntityPlacement::place(const ZString& name, ZPropertyHandle object) {
+    const ZString type = object.getObjectType();
+    if (const auto present = findByName(name); present && present->getObjectType() == type) {
+        present->setState(std::move(object));
+        result_.push_back(present);
+        return;
+    }
+    const ZEntityFactory& factory = ZEntityFactory::Instance();
+    if (!factory.canMakeEntityOfType(type)) {
+        placeChildrenOf(object, Links::SeenThrough);
+        return;
+    }
+    const auto child = factory.createEntity(name, std::move(object));
+    child->setParent(&parent_);
+    append(child);
+    result_.push_back(child);
+}
+
+std::shared_ptr<ZEntityInterface> ChildEntityPlacement::findByName(const ZString& name) {
+    if (children_.size() <= kLongestScan) {
+        return findChildEntity(children_, name);
+    }
+    if (byName_.empty()) {
+        for (const auto& child : children_) {
+            byName_.emplace(child->name(), child);
+        }
+    }
+    const auto child = byName_.find(name);
+    return child == byName_.end() ? nullptr : child->second;
+}
+
+void ChildEntityPlacement::append(const std::shared_ptr<ZEntityInterface>& child) {
+    children_.push_back(child);
+    if (!byName_.empty()) {
+        byName_.emplace(child->name(), child);
+    }
+}
+
+} // namespace Zelm::Private

@@ -1,0 +1,117 @@
+#pragma once
+
+#include <zelm/Export.h>
+#include <zelm/tree/ZGenericObject.h>
+
+#include <rxcpp/rx.hpp>
+
+#include <exception>
+#include <memory>
+#include <utility>
+
+namespace Zelm {
+
+/// The outlet of an entity. Values reach the subscribers on the calling thread, in order of subscription,
+/// before publish() returns.
+///
+/// RxCpp ends the program when a subscriber throws, and when a value is published while another one is still
+/// going round, the later subscribers see the new value first and the old one last. subscribe() is free of
+/// both; who subscribes at the subject itself gets RxCpp's behaviour.
+template <class T>
+struct CompositeSubscriberStream {
+    rxcpp::subjects::subject<T> subject;
+    /// Kept so that publishing needs no lookup.
+    rxcpp::subscriber<T> subscriber;
+
+    CompositeSubscriberStream();
+    CompositeSubscriberStream(const CompositeSubscriberStream&) = delete;
+    CompositeSubscriberStream& operator=(const CompositeSubscriberStream&) = delete;
+
+    /// Does nothing once the subscriber's lifetime has ended. Rethrows the first exception that came out of a
+    /// handler of subscribe(), after all subscribers have been served. The stream may be destroyed meanwhile.
+    void publish(T value);
+
+    /// Calls `handler(T)` with each value until the lifetime that is returned ends; destroying it does not
+    /// end it. While values are published from within handlers, each call gets the newest one. An exception
+    /// reaches the one who published.
+    template <class Handler>
+    rxcpp::composite_subscription subscribe(Handler handler);
+
+private:
+    /// The publications that are under way; they may outlive the stream.
+    struct Publications {
+        /// The newest value while something is published.
+        T newest;
+        /// Where the innermost publication keeps its first failure; null while there is none.
+        std::exception_ptr* failure = nullptr;
+    };
+    class Publication;
+
+    std::shared_ptr<Publications> publications_ = std::make_shared<Publications>();
+};
+
+/// One call of publish().
+template <class T>
+class CompositeSubscriberStream<T>::Publication {
+public:
+    Publication(std::shared_ptr<Publications> all, const T& value)
+        : all_(std::move(all)), outer_(all_->failure) {
+        all_->newest = value;
+        all_->failure = &failure_;
+    }
+    Publication(const Publication&) = delete;
+    Publication& operator=(const Publication&) = delete;
+    ~Publication() {
+        all_->failure = outer_;
+        if (!outer_) {
+            const T released = std::exchange(all_->newest, T());
+        }
+    }
+
+    const std::exception_ptr& failure() const { return failure_; }
+
+private:
+    std::shared_ptr<Publications> all_;
+    std::exception_ptr* outer_;
+    std::exception_ptr failure_;
+};
+
+template <class T>
+CompositeSubscriberStream<T>::CompositeSubscriberStream()
+    : subject(rxcpp::composite_subscription()), subscriber(subject.get_subscriber()) {}
+
+template <class T>
+void CompositeSubscriberStream<T>::publish(T value) {
+    if (!subscriber.is_subscribed()) {
+        return;
+    }
+    const Publication publication(publications_, value);
+    subscriber.on_next(std::move(value));
+    if (publication.failure()) {
+        std::rethrow_exception(publication.failure());
+    }
+}
+
+template <class T>
+template <class Handler>
+rxcpp::composite_subscription CompositeSubscriberStream<T>::subscribe(Handler handler) {
+    return subject.get_observable().subscribe(
+        rxcpp::composite_subscription(),
+        [publications = publications_, handler = std::move(handler)](const T& value) {
+            if (!publications->failure) {
+                handler(value);
+                return;
+            }
+            try {
+                handler(T(publications->newest));
+            } catch (...) {
+                if (publications->failure && !*publications->failure) {
+                    *publications->failure = std::current_exception();
+                }
+            }
+        });
+}
+
+extern template struct ZELM_EXPORT CompositeSubscriberStream<ZGenericObject>;
+
+} // namespace Zelm

@@ -1,0 +1,151 @@
+#pragma once
+
+#include <zelm/entities/EntityActivity.h>
+#include <zelm/entities/LinkPath.h>
+#include <zelm/entities/ZEntityBody.h>
+#include <zelm/entities/ZObserverEntity.h>
+
+#include <rxcpp/rx.hpp>
+
+#include <utility>
+
+namespace Zelm {
+
+namespace Private {
+
+/// The path in the metadata of a link; empty if what stands there is no text.
+ZELM_EXPORT ZString readableLinkedPath(const ZObserver& link);
+
+/// Follows a path from `start`, see ZObserverEntity::findEntity().
+ZELM_EXPORT std::weak_ptr<ZEntityInterface> findEntity(ZEntityInterface& start, const ZString& path);
+
+} // namespace Private
+
+template <class T>
+struct ZObserverEntity<T>::Connection {
+    std::weak_ptr<ZEntityInterface> observed;
+    rxcpp::composite_subscription observedSubscription = rxcpp::composite_subscription::empty();
+    /// The path that came with the last state, until the next onPostLoad(): saving before the link was
+    /// connected takes it out of the metadata.
+    ZString loadedPath;
+};
+
+template <class T>
+ZObserverEntity<T>::ZObserverEntity(ZString name, ZObserver state)
+    : Base(std::move(name), std::move(state)), connection_(std::make_unique<Connection>()) {
+    connection_->loadedPath = Private::readableLinkedPath(this->body().state);
+}
+
+template <class T>
+ZObserverEntity<T>::~ZObserverEntity() {
+    connection_->observedSubscription.unsubscribe();
+}
+
+template <class T>
+void ZObserverEntity<T>::setState(ZGenericObject object) {
+    const ZPropertyHandle& present = std::as_const(this->body().state).propertyHandle();
+    const bool isPresent = object.sharedNode() == present.sharedNode();
+    Base::setState(std::move(object));
+    ZString path = Private::readableLinkedPath(this->body().state);
+    if (!isPresent || !path.empty()) {
+        connection_->loadedPath = std::move(path);
+    }
+}
+
+template <class T>
+void ZObserverEntity<T>::setObserved(std::weak_ptr<ZEntityInterface> target) {
+    const auto observed = target.lock();
+    if (!observed || this->isDescendentOf(observed.get())) {
+        return;
+    }
+    const Private::EntityActivities::Scope loading(this->body().activities, Private::EntityActivity::Loading);
+    const ZGenericObject state = observed->genericState();
+    if (loading.entityIsGone()) {
+        return;
+    }
+    auto subscription =
+        observed->stream().subscribe([this](ZGenericObject newState) { follow(std::move(newState)); });
+    connection_->observedSubscription.unsubscribe();
+    connection_->observedSubscription = std::move(subscription);
+    connection_->observed = observed;
+    this->updateState(
+        [&](ZObserver* link) { static_cast<ZObject*>(link)->insertOrReplaceChild("Link", state); });
+}
+
+template <class T>
+void ZObserverEntity<T>::follow(ZGenericObject state) {
+    const Private::NotificationWave wave(Private::NotificationWave::Origin::Passing);
+    auto& activities = this->body().activities;
+    if (activities.isUnderWay(Private::EntityActivity::Forwarding, wave.number())) {
+        return;
+    }
+    const Private::EntityActivities::Scope forwarding(activities, Private::EntityActivity::Forwarding,
+                                                      wave.number());
+    this->onNext(std::move(state), "Link");
+}
+
+template <class T>
+std::weak_ptr<ZEntityInterface> ZObserverEntity<T>::findEntity(const ZString& path) {
+    return Private::findEntity(*this, path);
+}
+
+template <class T>
+void ZObserverEntity<T>::onPostLoad() {
+    if (!connection_->observed.expired()) {
+        return;
+    }
+    const ZString loaded = std::exchange(connection_->loadedPath, ZString());
+    const ZString stored = Private::readableLinkedPath(this->body().state);
+    const ZString& path = stored.empty() ? loaded : stored;
+    if (!path.empty()) {
+        setObserved(findEntity(path));
+    }
+}
+
+template <class T>
+void ZObserverEntity<T>::onPreSave() {
+    auto& activities = this->body().activities;
+    if (activities.isUnderWay(Private::EntityActivity::Saving)) {
+        return;
+    }
+    const Private::EntityActivities::Scope saving(activities, Private::EntityActivity::Saving);
+    const auto target = connection_->observed.lock();
+    const bool isInDocument = target && target->getRoot() == this->getRoot();
+    ZObserver& state = this->body().state;
+    state.setLinkedPath(isInDocument ? GetRelativePath(this->getPath(), target->getPath()) : ZString());
+    state.setLinkType(T::objectType());
+    this->publishState();
+}
+
+template <class T>
+void ZObserverEntity<T>::removeExternalLinks(ZEntityInterface* root) {
+    const auto target = connection_->observed.lock();
+    if (target && target->isDescendentOf(root)) {
+        return;
+    }
+    connection_->observed.reset();
+    connection_->observedSubscription.unsubscribe();
+}
+
+template <class T>
+bool ZObserverEntity<T>::isObserver() const {
+    return true;
+}
+
+template <class T>
+void ZObserverEntity<T>::makeClean() {
+    auto& activities = this->body().activities;
+    if (activities.isUnderWay(Private::EntityActivity::Cleaning)) {
+        return;
+    }
+    const Private::EntityActivities::Scope cleaning(activities, Private::EntityActivity::Cleaning);
+    const auto target = connection_->observed.lock();
+    if (target && target->isDirty()) {
+        this->clean(*target);
+    }
+    if (!cleaning.entityIsGone()) {
+        this->recalculateIfDirty();
+    }
+}
+
+} // namespace Zelm
