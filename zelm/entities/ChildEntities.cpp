@@ -88,6 +88,7 @@ std::shared_ptr<ZEntityInterface> ChildEntityPlacement::findByName(const ZString
         return findChildEntity(children_, name);
     }
     if (byName_.empty()) {
+        byName_.reserve(children_.size());
         for (const auto& child : children_) {
             byName_.emplace(child->name(), child);
         }

@@ -125,6 +125,9 @@ protected:
     ZEntityBody<State>& body() const noexcept { return *body_; }
 
 private:
+    /// Whether the metadata say that the entity was dirty when it was saved.
+    bool hasDirtyMark() const;
+
     std::unique_ptr<ZEntityBody<State>> body_;
 };
 

@@ -282,17 +282,24 @@ void ZEntity<Derived, State>::onPreSave() {
     for (const auto& child : children) {
         child->onPreSave();
     }
-    if (saving.entityIsGone() || !isDirty()) {
+    if (saving.entityIsGone() || !isDirty() || hasDirtyMark()) {
         return;
     }
     ZObjectMetadata metadata = body_->state.getMetadata();
-    ZObject& marks = metadata;
-    if (!marks.getChildBoolWithDefault(Dirty, false)) {
-        marks.setProperty(Dirty, Variant(true));
-        body_->state.setMetadata(std::move(metadata));
-        body_->stateIsMadeFromTree = false;
-        publishState();
+    static_cast<ZObject&>(metadata).setProperty(Dirty, Variant(true));
+    body_->state.setMetadata(std::move(metadata));
+    body_->stateIsMadeFromTree = false;
+    publishState();
+}
+
+template <class Derived, class State>
+bool ZEntity<Derived, State>::hasDirtyMark() const {
+    const ZObject& state = body_->state;
+    if (!state.hasChild(ZObjectMetadata::MetadataFolder)) {
+        return false;
     }
+    const ZObjectMetadata metadata = state.getMetadata();
+    return static_cast<const ZObject&>(metadata).getChildBoolWithDefault(Dirty, false);
 }
 
 template <class Derived, class State>
@@ -302,11 +309,7 @@ void ZEntity<Derived, State>::onPostLoad() {
     for (const auto& child : children) {
         child->onPostLoad();
     }
-    if (loading.entityIsGone()) {
-        return;
-    }
-    const ZObjectMetadata metadata = body_->state.getMetadata();
-    if (static_cast<const ZObject&>(metadata).getChildBoolWithDefault(Dirty, false)) {
+    if (!loading.entityIsGone() && hasDirtyMark()) {
         body_->dirty.try_makeDirty();
     }
 }
