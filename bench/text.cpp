@@ -3,6 +3,7 @@
 #include "Compare.h"
 
 #include <zelm/text/ZString.h>
+#include <zelm/text/ZStringFormatter.h>
 
 #include <string>
 
@@ -31,6 +32,17 @@ const Comparison copy(
     [](benchmark::State& state) {
         const QString text = QString::fromStdString(letters(100));
         repeat(state, [&] { return QString(text); });
+    });
+
+const Comparison message(
+    "%1 and %2 / QString::arg", 0.85,
+    [](benchmark::State& state) {
+        const ZString a(letters(8)), b(letters(12));
+        repeat(state, [&] { return ZStringFormatter("%1 and %2").arg(a).arg(b).toString(); });
+    },
+    [](benchmark::State& state) {
+        const QString a = QString::fromStdString(letters(8)), b = QString::fromStdString(letters(12));
+        repeat(state, [&] { return QStringLiteral("%1 and %2").arg(a).arg(b); });
     });
 #endif
 
