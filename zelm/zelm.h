@@ -7,6 +7,10 @@
 #include <zelm/arrays/IndexMapper.h>
 #include <zelm/arrays/IndexSet.h>
 #include <zelm/arrays/SliceFlattener.h>
+#include <zelm/errors/ExceptionHandlerBase.h>
+#include <zelm/errors/ExceptionReporterBase.h>
+#include <zelm/errors/MoreInfoForException.h>
+#include <zelm/errors/PrintfExceptionReporterForTesting.h>
 #include <zelm/json/JSONFormatter.h>
 #include <zelm/text/TextConversions.h>
 #include <zelm/text/ZString.h>
