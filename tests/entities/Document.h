@@ -4,6 +4,8 @@
 #include <zelm/entities/ZVariableEntity.h>
 #include <zelm/units/ZUnit.h>
 
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <initializer_list>
 #include <memory>
@@ -24,7 +26,8 @@ struct Document : ZObject {
 
 struct DocumentEntity : ZEntity<DocumentEntity, Document> {
     explicit DocumentEntity(ZString name, Document state = {}) : ZEntity(std::move(name), std::move(state)) {}
-    using ZEntity::isChildEntity, ZEntity::makeClean, ZEntity::makeDirty, ZEntity::processChildObjects;
+    using ZEntity::body, ZEntity::isChildEntity, ZEntity::makeClean, ZEntity::makeDirty,
+        ZEntity::processChildObjects;
 
     std::function<void()> work;
 
@@ -69,37 +72,26 @@ inline ZGenericObject link(const ZString& path, ZGenericObject target) {
     return observer;
 }
 
-/// One line for an object: a variable as its value, a document as `{name:member ...}`, a folder as `(...)`,
-/// independents as one, a link as `>target@path`, an object of another type as `type<...>`, and "!"
-/// behind what carries a dirty mark.
+/// One line for an object: a variable as its value, a document as `{name:member ...}`, a folder as `(...)`, a
+/// link as `>target@path`, and "!" behind what carries a dirty mark.
 inline std::string drawn(const ZPropertyTreeNode& node) {
-    const auto at = [](const ZPropertyTreeNode* parent, const ZString& name) {
-        const auto* child = parent ? parent->children().find(name) : nullptr;
-        return child ? child->get() : nullptr;
-    };
-    const auto* metadata = at(&node, "__Metadata");
-    const std::string end = at(metadata, "_dirt") ? "!" : "";
-    if (node.objectType() == ZVariable::objectType()) {
-        const auto* indeps = at(&node, ZVariable::Indeps);
-        return std::to_string(at(&node, "Data")->value().value<int>()) + (indeps ? drawn(*indeps) : "") + end;
-    }
-    if (node.objectType() == ZObserver::objectType()) {
-        const auto* path = at(metadata, "_path");
-        return ">" + drawn(*at(&node, "Link")) +
-               (path ? "@" + path->value().value<ZString>().to_string() : "");
-    }
-    std::string members;
-    for (const auto& [name, child] : node.children()) {
-        if (child.get() != metadata) {
-            members +=
-                (members.empty() ? "" : " ") + std::string(name.data(), name.size()) + ":" + drawn(*child);
+    std::string text, marks;
+    for (const auto& [key, child] : node.children()) {
+        const std::string name(key.data(), key.size());
+        if (name == "__Metadata") {
+            marks = (child->children().find("_dirt") ? "!" : "");
+            const auto* path = child->children().find("_path");
+            marks += path ? "@" + (*path)->value().value<ZString>().to_string() : "";
+        } else if (name == "Data") {
+            text = std::to_string(child->value().value<int>());
+        } else if (name == "Link") {
+            text = ">" + drawn(*child);
+        } else if (name != "Unit") {
+            text += (text.empty() ? "" : " ") + name + ":" + drawn(*child);
         }
     }
-    if (node.objectType() == Document::objectType()) {
-        return "{" + members + "}" + end;
-    }
-    const std::string type(node.objectType().data(), node.objectType().size());
-    return type.empty() ? "(" + members + ")" : type + "<" + members + ">";
+    const bool isDocument = node.objectType() == Document::objectType();
+    return (isDocument ? "{" + text + "}" : node.objectType().empty() ? "(" + text + ")" : text) + marks;
 }
 inline std::string drawn(const ZGenericObject& object) {
     return drawn(object.node());
@@ -115,6 +107,13 @@ public:
             [this, label](ZGenericObject state) { note(label + " " + drawn(state)); });
     }
     std::string take() { return std::exchange(text_, std::string()); }
+    /// Compares what is noted during each step.
+    void expect(std::initializer_list<std::pair<const char*, std::function<void()>>> steps) {
+        for (const auto& [events, step] : steps) {
+            step();
+            EXPECT_EQ(take(), events);
+        }
+    }
 
 private:
     std::string text_;
