@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # The main job: installs what is missing, builds the library and the example `measurement` (build/demo), and runs it.
 #   scripts/demo.sh [--csv] [FILE]
-# FILE is a Touchstone 1.x file (.s1p to .s99p); without one the example's own file is taken. Standard output
-# carries the report, or with --csv the table, and nothing else; what installing and building have to say goes
-# to standard error, and is nothing once all is built. The document stays in build/demo/documents.
+# FILE is a Touchstone 1.x file (.s1p to .s99p); without one the example's own file is taken. The file becomes a
+# document that is saved, loaded and compared, and then a live one: a marker follows a parameter through changes,
+# saving and loading. Standard output carries the report, or with --csv the table, and nothing else; what
+# installing and building have to say goes to standard error, and is nothing once all is built. The exit code is
+# 1 if anything is not as it must be. The document stays in build/demo/documents.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=$root/build/demo

@@ -42,6 +42,14 @@ std::string reason() {
 
 } // namespace
 
+void writeDocument(std::ostream& out, const Measurement& measurement) {
+    Zelm::JSONFormatter().serialize(out, "measurement", measurement.propertyHandle());
+}
+
+Measurement readDocument(std::istream& in) {
+    return Measurement(Zelm::JSONFormatter().deserialize(in));
+}
+
 void saveDocument(const std::string& file, const Measurement& measurement) {
     // Renaming over a device or a pipe would replace it.
     std::error_code ignored;
@@ -55,7 +63,7 @@ void saveDocument(const std::string& file, const Measurement& measurement) {
     if (!out) {
         fail(file, "cannot be written: " + reason());
     }
-    Zelm::JSONFormatter().serialize(out, "measurement", measurement.propertyHandle());
+    writeDocument(out, measurement);
     out.close();
     if (!out) {
         fail(file, "cannot be written: " + reason());
@@ -73,7 +81,7 @@ Measurement loadDocument(const std::string& file) {
     if (!in) {
         fail(file, "cannot be read: " + reason());
     }
-    return Measurement(Zelm::JSONFormatter().deserialize(in));
+    return readDocument(in);
 }
 
 std::string differenceBetween(const Measurement& saved, const std::vector<NamedVariable>& variables,

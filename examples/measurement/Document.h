@@ -2,13 +2,18 @@
 
 #include "Measurement.h"
 
-#include <cstdint>
+#include <iosfwd>
 #include <string>
 #include <vector>
 
 namespace measurement {
 
-/// Writes the measurement as a JSON document: under another name first, so that `file` appears whole or not
+/// The measurement as a JSON document.
+void writeDocument(std::ostream& out, const Measurement& measurement);
+/// Throws what parsing throws, and `std::logic_error` if the document is no measurement.
+Measurement readDocument(std::istream& in);
+
+/// Writes the measurement to a file: under another name first, so that `file` appears whole or not
 /// at all. Throws `std::runtime_error` naming the file.
 void saveDocument(const std::string& file, const Measurement& measurement);
 

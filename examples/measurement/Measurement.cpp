@@ -46,4 +46,12 @@ bool Measurement::hasNoise() const {
     return hasChild(names::kNoiseFrequency);
 }
 
+void Measurement::setMarker(const Marker& marker) {
+    addChild(names::kMarker, marker);
+}
+
+Marker Measurement::marker() const {
+    return Marker(propertyHandle().child(names::kMarker));
+}
+
 } // namespace measurement

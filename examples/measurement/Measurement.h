@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Marker.h"
 #include "Variables.h"
 
 #include <zelm/tree/ZObject.h>
@@ -10,7 +11,7 @@
 namespace measurement {
 
 /// A measured n-port as one object: its variables as children under their names, the number of ports and the
-/// letter of the parameters as properties.
+/// letter of the parameters as properties, and a marker if one was set.
 class Measurement : public Zelm::ZObject {
 public:
     /// "Measurement".
@@ -27,6 +28,10 @@ public:
     /// Rows and columns count from 0.
     Zelm::ZVariable parameterAt(std::size_t row, std::size_t column) const;
     bool hasNoise() const;
+
+    void setMarker(const Marker& marker);
+    /// Throws `std::runtime_error` if there is none.
+    Marker marker() const;
 };
 
 } // namespace measurement

@@ -24,6 +24,7 @@ constexpr const char* kMinimumFigure = "Fmin";
 constexpr const char* kBestMagnitude = "Gopt magnitude";
 constexpr const char* kBestAngle = "Gopt angle";
 constexpr const char* kNoiseResistance = "Rn";
+constexpr const char* kMarker = "Marker";
 } // namespace names
 
 /// "S21"; from ten ports on with a mark between row and column, "S2_1", since S111 could be 1,11 or 11,1.

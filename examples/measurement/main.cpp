@@ -1,8 +1,10 @@
 // Reads a Touchstone file, holds it as variables with units, saves them as a JSON document, loads the
-// document again and shows that nothing changed.
+// document again and shows that nothing changed. Then brings the document to life: a marker follows a
+// parameter through a change, through saving and loading, and through another change.
 
 #include "Csv.h"
 #include "Document.h"
+#include "LiveDocument.h"
 #include "Report.h"
 #include "Touchstone.h"
 
@@ -89,6 +91,7 @@ void run(const Arguments& arguments) {
     if (!difference.empty()) {
         throw std::runtime_error(arguments.document + ": differs after reading it back: " + difference);
     }
+    const LiveRoad road = watch.time("live", [&] { return walkLiveRoad(loaded); });
     if (arguments.csv) {
         writeCsv(std::cout, loaded);
         return;
@@ -96,6 +99,7 @@ void run(const Arguments& arguments) {
     printReport(std::cout, arguments.file, loaded, conversions);
     printDocument(std::cout, arguments.document, bytes, watch.times());
     std::cout << "read back  identical: the tree and all " << variables.size() << " variables\n";
+    printLiveRoad(std::cout, road, timeOfChange(loaded));
 }
 
 int mainOf(const std::vector<std::string>& words) {

@@ -15,7 +15,10 @@ fail() {
 
 "$program" >report
 grep -q 'identical' report || fail "no identical in the report"
+grep -q 'S21: 5 notifications' report || fail "no change in the report"
+[ "$(sed -n 's/^notified *//p' report)" = '/, /, /Marker, /Marker/Target, /S21' ] || fail "who was notified"
 [ -s lowpass.s2p.json ] || fail "no document"
+! grep -q Marker lowpass.s2p.json || fail "the marker is in the document"
 "$program" --csv --document own.json >csv 2>err
 [ "$(wc -l <csv)" -eq 202 ] || fail "the table has not a header and 201 points"
 [ "$(head -1 csv)" = 'frequency [MHz],S11 re,S11 im,S12 re,S12 im,S21 re,S21 im,S22 re,S22 im' ] || fail "header"
