@@ -42,7 +42,7 @@ const Comparison message(
     },
     [](benchmark::State& state) {
         const QString a = QString::fromStdString(letters(8)), b = QString::fromStdString(letters(12));
-        repeat(state, [&] { return QStringLiteral("%1 and %2").arg(a).arg(b); });
+        repeat(state, [&] { return QString("%1 and %2").arg(a).arg(b); });
     });
 #endif
 
