@@ -96,10 +96,11 @@ void run(const Arguments& arguments) {
         writeCsv(std::cout, loaded);
         return;
     }
+    const double changeTime = timeOfChange(loaded);
     printReport(std::cout, arguments.file, loaded, conversions);
     printDocument(std::cout, arguments.document, bytes, watch.times());
     std::cout << "read back  identical: the tree and all " << variables.size() << " variables\n";
-    printLiveRoad(std::cout, road, timeOfChange(loaded));
+    printLiveRoad(std::cout, road, changeTime);
 }
 
 int mainOf(const std::vector<std::string>& words) {
