@@ -7,10 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <initializer_list>
-#include <memory>
-#include <string>
-#include <utility>
+#include <typeinfo>
 
 namespace Zelm::Testing {
 
@@ -107,10 +104,15 @@ public:
             [this, label](ZGenericObject state) { note(label + " " + drawn(state)); });
     }
     std::string take() { return std::exchange(text_, std::string()); }
-    /// Compares what is noted during each step.
-    void expect(std::initializer_list<std::pair<const char*, std::function<void()>>> steps) {
+    /// Compares what is noted during each step; what it throws is noted last, as "type: text".
+    void expect(std::initializer_list<std::pair<std::string, std::function<void()>>> steps) {
         for (const auto& [events, step] : steps) {
-            step();
+            try {
+                step();
+            } catch (const std::exception& error) {
+                const std::string type = typeid(error).name();
+                note(type.substr(type.find_last_of("0123456789") + 1) + ": " + error.what());
+            }
             EXPECT_EQ(take(), events);
         }
     }
