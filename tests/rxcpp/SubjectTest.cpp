@@ -144,6 +144,7 @@ const Case kCases[] = {
     {"SubjectEndsInside", "+a:1:-s,9 +b 1 2", "a1 b1"},
     {"SubscriberEnds", "+a -o ?o ?s ?a", "F F T"},
     {"DeadLifetime", "-a +a* ?n 1", "freed F"},
+    {"DeadLifetimeLate", "-a done +a!", ""},
     {"LifetimeDropped", "+a =a 1 +b =b 2 -b 3", "a1 a2 b2 a3 b3"},
     {"Completed", "+a! +b done ?o ?a ?b 1 =a +a! ?a", "done F F F done F"},
     {"CompletedInside", "+a!:1:done,2 +b! 1 ?a ?b", "a1 done done F F"},
