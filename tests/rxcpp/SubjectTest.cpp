@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -122,6 +123,8 @@ struct Case {
     const char* name;
     const char* script;
     const char* log;
+
+    friend std::ostream& operator<<(std::ostream& out, const Case& shown) { return out << shown.script; }
 };
 
 const Case kCases[] = {
