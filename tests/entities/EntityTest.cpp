@@ -3,6 +3,7 @@
 #include <entities/Document.h>
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <random>
 #include <sstream>
@@ -15,6 +16,10 @@ namespace {
 
 std::function<void(ZVariable*)> to(int value) {
     return [value](ZVariable* state) { *state = variable(value); };
+}
+
+ZGenericObject holding(const ZString& name, ZGenericObject member) {
+    return document({{name, member}});
 }
 
 std::string childrenOf(const DocumentEntity& entity) {
@@ -31,8 +36,7 @@ struct Entity : ::testing::Test, EventLog {
         return below<DocumentEntity>(root, path);
     }
 
-    DocumentEntity root{"root",
-                        document({{"a", document({{"b", variable(1)}})}, {"l", link("", document({}))}})};
+    DocumentEntity root{"root", document({{"a", holding("b", variable(1))}, {"l", link("", document({}))}})};
     std::shared_ptr<DocumentEntity> a = documentAt("a");
     std::shared_ptr<ZVariableEntity> b = below<ZVariableEntity>(root, "a/b");
     std::shared_ptr<ZEntityInterface> l = below(root, "l");
@@ -44,15 +48,12 @@ TEST_F(Entity, changes_are_published_once_at_each_level_and_dropped_children_are
     watch("root", root);
     a->stream().subscribe([&](ZGenericObject) { note(a->isDirty() ? "a, dirty" : "a"); });
     b->stream().subscribe([&](ZGenericObject) { note("b in " + stateOfRoot()); });
-    auto owner = std::make_unique<DocumentEntity>("owner", document({{"c", document({})}}));
+    auto owner = std::make_unique<DocumentEntity>("owner", holding("c", document({})));
     const auto c = below(*owner, "c");
     expect({
         {"root {a:{b:2} l:>{}} | a | b in {a:{b:2} l:>{}}", [&] { b->updateState(to(2)); }},
         {"", [&] { root.deleteAllObservers(), l->onNext(variable(1), "Link"); }},
-        {"",
-         [&] {
-             root.setState(document({{"a", document({{"b", variable(3)}})}}));
-         }},
+        {"", [&] { root.setState(holding("a", holding("b", variable(3)))); }},
         {"root {a:{b:3}}", [&] { root.updateState([](Document*) {}); }},
         {"", [&] { root.state(), root.genericState(), root.onPostLoad(), root.deleteAllObservers(); }},
         {"b in {a:{b:3}}", [&] { b->setParent(nullptr), b->updateState(to(4)); }},
@@ -62,29 +63,20 @@ TEST_F(Entity, changes_are_published_once_at_each_level_and_dropped_children_are
         {"b in {a:{}!}", [&] { b->updateState(to(6)); }},
         {"root {}", [&] { EXPECT_TRUE(root.removeChild("a") == a); }},
         {"a, dirty", [&] { a->updateState([](Document*) {}); }},
-        {"root {a:7}",
-         [&] {
-             root.setState(Document(document({{"a", variable(7)}})));
-         }},
-        {"",
-         [&] {
-             l = below(root, "a"), root.setState(document({{"a", document({})}}));
-         }},
+        {"root {a:7}", [&] { root.setState(Document(holding("a", variable(7)))); }},
+        {"", [&] { l = below(root, "a"), root.setState(holding("a", document({}))); }},
         {"", [&] { l->onNext(variable(1), "n"), owner.reset(), c->onNext(variable(1), "n"); }},
         {"a, dirty", [&] { a->updateState([](Document*) {}); }},
     });
-    for (const auto& dropped : std::vector<std::shared_ptr<const ZEntityInterface>>{a, c, l}) {
-        EXPECT_TRUE(!dropped->parent() && dropped->getRoot() == dropped.get() &&
-                    dropped->getPath() == ZString("/"));
-    }
+    EXPECT_TRUE(!c->parent() && !l->parent() && !b->parent());
+    EXPECT_TRUE(a->getRoot() == a.get() && a->getPath() == "/");
 }
 
 TEST_F(Entity, failures_leave_the_children_and_folders_stand_for_what_lies_in_them) {
     ZMutablePropertyTree nameless("file");
     nameless.handle().setObjectType(Document::objectType());
     nameless.handle().addChildValue("", 1).setObjectType(Document::objectType());
-    const ZGenericObject alien =
-        document({{"a", document({})}, {"f", folder({{"c", objectOf("Alien", {})}})}});
+    const ZGenericObject alien = holding("f", folder({{"c", objectOf("Alien", {})}}));
     watch("root", root);
     expect({
         {"invalid_argument: Unnamed ZEntity", [] { DocumentEntity(""); }},
@@ -96,16 +88,15 @@ TEST_F(Entity, failures_leave_the_children_and_folders_stand_for_what_lies_in_th
         {"invalid_argument: Alien not registered in ZEntityFactory.",
          [&] { root.setState(Document(alien)); }},
     });
-    EXPECT_EQ(stateOfRoot() + childrenOf(root), "{a:{} f:(c:)}a:Doc l:_Ob ");
+    EXPECT_EQ(stateOfRoot() + childrenOf(root), "{f:(c:)}a:Doc l:_Ob ");
     ZVariable v = variable(1);
     v.setIndep(variable(0), 0);
     const ZGenericObject plain = variable(1), inner = folder({{"x", plain}, {"g", folder({{"y", plain}})}});
     root.setState(
         document({{"f", folder({{"l", link("../v", plain)}, {"in", inner}})}, {"v", v}, {"z", inner}}));
     EXPECT_EQ(childrenOf(root), "y:Var x:Var l:Var v:Var y:Var x:Var ");
-    EXPECT_EQ(below(root, "v/0")->getPath(), ZString("/v/0"));
-    EXPECT_TRUE(below(root, "v/0")->isDescendentOf(&root) && !root.isDescendentOf(b.get()) &&
-                !root.hasChild({}));
+    EXPECT_TRUE(below(root, "v/0")->getPath() == "/v/0" && below(root, "v/0")->isDescendentOf(&root));
+    EXPECT_TRUE(!root.isDescendentOf(b.get()) && !root.hasChild({}) && root.hasChild(below(root, "v")));
     below<ZVariableEntity>(root, "x")->updateState(to(2));
     below<ZVariableEntity>(root, "l")->updateState(to(2));
     root.updateState([](Document*) {});
@@ -135,34 +126,24 @@ TEST_F(Entity, dirty_marks_reach_the_document_once_and_survive_the_file) {
 TEST_F(Entity, recalculation_goes_from_the_leaves_to_the_root) {
     const ZGenericObject leaf = document({});
     root.setState(document({{"a", document({{"x", leaf}, {"y", leaf}})}, {"b", leaf}}));
-    DocumentEntity *const x = documentAt("a/x").get(), *const y = documentAt("a/y").get(),
-                          *const d = documentAt("b").get();
+    const auto x = documentAt("a/x").get(), y = documentAt("a/y").get(), d = documentAt("b").get();
     for (DocumentEntity* entity : {&root, a.get(), x, y, d}) {
         entity->work = [this, entity] {
             entity->makeDirty(), entity->makeClean(), root.makeClean();
             note(entity->name().to_string());
         };
     }
-    const auto clean = [this](const std::vector<DocumentEntity*>& dirty) {
-        std::for_each(dirty.begin(), dirty.end(), [](DocumentEntity* entity) { entity->makeDirty(); });
-        root.makeClean();
-    };
-    expect({{"x | y | a | b | root",
-             [&] {
-                 clean({&root, a.get(), x, y, d});
-             }},
-            {"", [&] { clean({x}); }},
-            {"x | a", [&] { clean({a.get()}); }},
-            {"b", [&] { clean({d}); }}});
+    const auto clean = [this](auto... dirty) { (dirty->makeDirty(), ...), root.makeClean(); };
+    expect({{"x | y | a | b | root", [&] { clean(&root, a, x, y, d); }},
+            {"", [&] { clean(x); }},
+            {"x | a", [&] { clean(a); }},
+            {"b", [&] { clean(d); }}});
     watch("root", root);
     d->work = [d] { d->updateState([](Document* state) { state->setProperty("Data", 1); }); };
-    expect({{"root {a:{x:{} y:{}} b:{1}} | root", [&] { clean({d, &root}); }}});
+    expect({{"root {a:{x:{} y:{}} b:{1}} | root", [&] { clean(d, &root); }}});
     d->work = [] { throw std::domain_error("no"); };
-    expect({{"domain_error: no",
-             [&] {
-                 clean({d, &root});
-             }},
-            {"b | root", [&] { d->work = [this] { note("b"); }, clean({}); }}});
+    expect({{"domain_error: no", [&] { clean(d, &root); }},
+            {"b | root", [&] { d->work = [this] { note("b"); }, clean(); }}});
 }
 
 struct Refusing : DocumentEntity {
@@ -230,137 +211,112 @@ TEST(EntityTree, a_subscriber_may_empty_or_destroy_the_document_that_notifies) {
     }
 }
 
-/// What a state holds: a variable's value, or the members of a document or folder. The names in a folder
-/// begin with that of the folder, so that no name is there twice.
-struct Model {
-    inline static const ZString types[] = {"Variable", "Document", ""};
+/// The names in a folder begin with that of the folder, so that no name is in a document twice.
+ZGenericObject randomState(std::mt19937& numbers, const ZString& type, int depth,
+                           const ZString& prefix = "") {
+    if (type == "Variable") {
+        return variable(static_cast<int>(numbers() % 9));
+    }
+    ZGenericObject state = objectOf(type, {});
+    for (const char* letter : {"a", "b", "c"}) {
+        const char* kind = std::array{"Variable", "Document", ""}[depth > 0 ? numbers() % 3 : 0];
+        if (numbers() % 3 != 0) {
+            const ZString name = prefix + letter;
+            state = state.insertChild(name, randomState(numbers, kind, depth - 1, *kind ? "" : name));
+        }
+    }
+    return state;
+}
 
-    ZString type;
-    int value = 0;
-    std::map<std::string, Model> members;
+/// The object of an entity: its own copy in the document or else that in a folder.
+ZGenericObject memberOf(const ZGenericObject& state, const ZString& name) {
+    return state.hasChild(name) ? state.child(name)
+                                : memberOf(state, name.substr(0, name.size() - 1)).child(name);
+}
 
-    static Model random(std::mt19937& numbers, const ZString& type, int depth,
-                        const std::string& prefix = "") {
-        Model model{type, static_cast<int>(numbers() % 9), {}};
-        for (char letter = 'a'; type != types[0] && letter < 'd'; ++letter) {
-            if (const ZString& next = types[depth > 0 ? numbers() % 3 : 0]; numbers() % 3 != 0) {
-                const std::string name = prefix + letter;
-                model.members[name] = random(numbers, next, depth - 1, next.empty() ? name : "");
-            }
-        }
-        return model;
+/// `state` with another object for the entity at `path`, or without it. Copies in folders stay as they are.
+ZGenericObject replaced(const ZGenericObject& state, const std::string& path, const ZGenericObject* member) {
+    const std::size_t end = std::min(path.find('/', 1), path.size());
+    const ZString name = path.substr(1, end - 1);
+    if (end != path.size()) {
+        return state.insertChild(name, replaced(memberOf(state, name), path.substr(end), member));
     }
-    ZGenericObject object() const {
-        ZGenericObject made = type == types[0] ? ZGenericObject(variable(value)) : objectOf(type, {});
-        for (const auto& [name, member] : members) {
-            made = made.insertChild(name, member.object());
-        }
-        return made;
+    return member ? state.insertChild(name, *member) : state.removeChild(name);
+}
+
+void addOnce(std::string& names, const ZString& name) {
+    const std::string word = (" " + name + ",").to_string();
+    names += names.find(word) == std::string::npos ? word : "";
+}
+
+void addEntities(std::string& names, const ZGenericObject& state) {
+    for (const ZGenericObject& member : state) {
+        member.getObjectType().empty() ? addEntities(names, member) : addOnce(names, member.getName());
     }
-    const Model& member(std::string name) const {
-        const auto found = members.find(name);
-        return found != members.end() ? found->second
-                                      : member(name.substr(0, name.size() - 1)).members.at(name);
-    }
-    /// A change climbs to the top and leaves the copies in folders as they are.
-    using Change = std::function<void(Model& parent, const std::string& name)>;
-    void change(const std::string& path, const Change& change) {
-        const std::size_t end = std::min(path.find('/', 1), path.size());
-        const std::string name = path.substr(1, end - 1);
-        if (end == path.size()) {
-            return change(*this, name);
-        }
-        Model next = member(name);
-        next.change(path.substr(end), change);
-        members[name] = next;
-    }
-    void collect(std::vector<std::string>& entities) const {
-        for (const auto& [name, child] : members) {
-            child.type.empty() ? child.collect(entities) : addOnce(entities, name);
-        }
-    }
-    static void addOnce(std::vector<std::string>& names, const std::string& name) {
-        if (std::find(names.begin(), names.end(), name) == names.end()) {
-            names.push_back(name);
-        }
-    }
-};
+}
 
 using Found = std::map<std::string, std::shared_ptr<ZEntityInterface>>;
 
-void compare(const DocumentEntity& entity, const Model& model, Found& found) {
-    EXPECT_EQ(drawn(Document(entity)), drawn(model.object()));
-    std::vector<std::string> names, expected;
-    for (const auto& child : entity.body().children) {
-        Model::addOnce(names, child->name().to_string());
-    }
-    model.collect(expected);
-    ASSERT_EQ(names, expected);
-    for (const std::string& name : names) {
-        const auto child = found[entity.getChild(name).lock()->getPath().to_string()] =
-            entity.getChild(name).lock();
-        ASSERT_EQ(child->getObjectType(), model.member(name).type);
-        if (const auto inner = std::dynamic_pointer_cast<DocumentEntity>(child)) {
-            compare(*inner, model.member(name), found);
-        } else {
-            EXPECT_EQ(drawn(child->genericState()), std::to_string(model.member(name).value));
+void compare(ZEntityInterface& entity, const ZGenericObject& model, Found& found) {
+    std::string names, expected;
+    ASSERT_EQ(drawn(entity.genericState()), drawn(model));
+    if (const auto* owner = dynamic_cast<DocumentEntity*>(&entity)) {
+        for (const auto& child : owner->body().children) {
+            addOnce(names, child->name());
+            found[child->getPath().to_string()] = child;
+            compare(*child, memberOf(model, child->name()), found);
         }
+        addEntities(expected, model);
+        ASSERT_EQ(names, expected);
     }
 }
 
 TEST_F(Entity, random_changes_agree_with_a_model) {
     std::mt19937 numbers(5);
-    Model model{Document::objectType(), 0, {}};
+    ZGenericObject model = document({});
     Found before, now;
     int published = 0, kept = 0, dropped = 0;
-    root.setState(model.object());
+    const auto present = [&now](const std::string& path) {
+        const auto found = now.find(path);
+        return found == now.end() ? nullptr : found->second;
+    };
+    root.setState(model);
     root.stream().subscribe([&](ZGenericObject) { ++published; });
     for (int round = 0; round < 200; ++round, before = std::exchange(now, Found())) {
         const auto act = before.empty() ? 0 : numbers() % 6;
-        if (act == 0) {
-            model = Model::random(numbers, Document::objectType(), 3);
-            root.setState(model.object());
-        } else if (act == 1) {
-            root.setState(root.genericState());
+        if (act < 2) {
+            model = act == 0 ? randomState(numbers, "Document", 3) : root.genericState();
+            root.setState(model);
         } else {
             const auto& [path, entity] =
                 *std::next(before.begin(), static_cast<int>(numbers() % before.size()));
-            const ZString name = entity->name();
-            const Model changed = Model::random(numbers, entity->getObjectType(), 2);
-            const bool isRemoved = act == 2 && name.size() == 1;
-            model.change(path, [&](Model& parent, const std::string& key) {
-                parent.members[key] = changed;
-                if (isRemoved) {
-                    parent.members.erase(key);
-                }
-            });
+            const ZGenericObject member = randomState(numbers, entity->getObjectType(), 2);
+            const bool isRemoved = act == 2 && entity->name().size() == 1;
+            model = replaced(model, path, isRemoved ? nullptr : &member);
             if (isRemoved) {
-                auto* parent = entity->parent();
-                EXPECT_EQ(dynamic_cast<DocumentEntity&>(*parent).removeChild(name), entity);
-            } else if (auto* variableEntity = dynamic_cast<ZVariableEntity*>(entity.get())) {
-                variableEntity->updateState(to(changed.value));
+                dynamic_cast<DocumentEntity&>(*entity->parent()).removeChild(entity->name());
             } else {
-                dynamic_cast<DocumentEntity&>(*entity).setState(Document(changed.object()));
+                entity->setState(member);
+                entity->stream().publish(member);
             }
         }
         EXPECT_EQ(std::exchange(published, 0), act < 2 ? 0 : 1);
         ASSERT_NO_FATAL_FAILURE(compare(root, model, now)) << round;
         for (const auto& [path, entity] : before) {
-            const auto next = now.find(path);
             const std::string above = path.substr(0, path.rfind('/'));
-            const bool isSame = next != now.end() && next->second == entity;
+            const bool isSame = present(path) == entity;
             // Where a copy in a folder is applied first, it decides about what is below it.
             if (std::count(above.begin(), above.end(), '/') * 2 == static_cast<long>(above.size())) {
-                const bool parentIsSame = above.empty() || (now.count(above) && now[above] == before[above]);
-                EXPECT_EQ(isSame, parentIsSame && next != now.end() &&
-                                      next->second->getObjectType() == entity->getObjectType());
+                const bool isBelowSame = above.empty() || present(above) == before.at(above);
+                EXPECT_EQ(isSame, isBelowSame && present(path) &&
+                                      present(path)->getObjectType() == entity->getObjectType());
             }
             ++(isSame ? kept : dropped);
             if (!isSame) {
                 entity->onNext(variable(9), "poke");
             }
         }
-        EXPECT_EQ(drawn(Document(root)), drawn(model.object()));
+        EXPECT_EQ(drawn(root.genericState()), drawn(model));
     }
     EXPECT_TRUE(kept > 500 && dropped > 500) << kept << ' ' << dropped;
 }
