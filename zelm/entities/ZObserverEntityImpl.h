@@ -25,8 +25,8 @@ template <class T>
 struct ZObserverEntity<T>::Connection {
     std::weak_ptr<ZEntityInterface> observed;
     rxcpp::composite_subscription observedSubscription = rxcpp::composite_subscription::empty();
-    /// The path that came with the last state, until the next onPostLoad(): saving before the link was
-    /// connected takes it out of the metadata.
+    /// The path that came with the last state, until the next onPostLoad() or connection: saving before the
+    /// link was connected takes it out of the metadata.
     ZString loadedPath;
 };
 
@@ -70,6 +70,9 @@ void ZObserverEntity<T>::setObserved(std::weak_ptr<ZEntityInterface> target) {
     connection_->observed = observed;
     this->updateState(
         [&](ZObserver* link) { static_cast<ZObject*>(link)->insertOrReplaceChild("Link", state); });
+    if (!loading.entityIsGone()) {
+        connection_->loadedPath = ZString();
+    }
 }
 
 template <class T>
@@ -91,10 +94,10 @@ std::weak_ptr<ZEntityInterface> ZObserverEntity<T>::findEntity(const ZString& pa
 
 template <class T>
 void ZObserverEntity<T>::onPostLoad() {
+    const ZString loaded = std::exchange(connection_->loadedPath, ZString());
     if (!connection_->observed.expired()) {
         return;
     }
-    const ZString loaded = std::exchange(connection_->loadedPath, ZString());
     const ZString stored = Private::readableLinkedPath(this->body().state);
     const ZString& path = stored.empty() ? loaded : stored;
     if (!path.empty()) {
