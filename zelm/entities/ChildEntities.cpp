@@ -19,8 +19,6 @@ constexpr std::size_t kLongestScan = 12;
 constexpr int kDeepestLevel = 1000;
 thread_local int t_level = 0;
 
-constexpr ZStringLiteral kLink("Link", 4);
-
 /// One step down from an object to one inside of it.
 class Descent {
 public:
@@ -80,7 +78,8 @@ void ChildEntityPlacement::placeChildrenOf(const ZPropertyHandle& object, Links 
             continue;
         }
         ZPropertyHandle child(object.basis(), object.childPath(name), node);
-        place(name, links == Links::SeenThrough && isLink(*node) ? child.child(kLink) : std::move(child));
+        place(name,
+              links == Links::SeenThrough && isLink(*node) ? child.child(ZObserver::Link) : std::move(child));
     }
 }
 

@@ -11,6 +11,15 @@
 
 namespace Zelm {
 
+namespace Private {
+
+/// Ties a program to a library that was compiled with the same RxCpp: with the other one it does not link.
+/// The objects of a stream are made in one and used in the other.
+ZELM_EXPORT void requireSameRxCpp(const rxcpp::composite_subscription& anyOne);
+[[gnu::used]] static void (*const kRequireSameRxCpp)(const rxcpp::composite_subscription&) = requireSameRxCpp;
+
+} // namespace Private
+
 /// The outlet of an entity. Values reach the subscribers on the calling thread, in order of subscription,
 /// before publish() returns.
 ///

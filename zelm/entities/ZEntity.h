@@ -27,6 +27,8 @@ struct ZEntityBody;
 ///     };
 ///     FilterEntity::registerEntityType();
 ///
+/// Each type of entity that a document may hold is registered before the document is loaded.
+///
 /// The program includes `<zelm/entities/ZEntityImpl.h>` where the class is defined, for the definitions of
 /// what is declared here.
 ///
@@ -62,9 +64,16 @@ public:
     /// Takes a state, runs onPostLoad() and publishes.
     void setState(State state);
     /// Lets `change` work on a copy of the state, takes that, and publishes; does nothing if `change` throws.
+    /// A child that comes out changed takes its new state, but does not publish: links to it follow only what
+    /// is changed at the child itself.
     void updateState(std::function<void(State*)> change);
 
     bool hasChild(std::weak_ptr<ZEntityInterface> child) const;
+    /// The child `name`, null if it is no `Entity`. Throws as getChild() does.
+    template <class Entity>
+    std::shared_ptr<Entity> child(const ZString& name) const {
+        return std::dynamic_pointer_cast<Entity>(getChild(name).lock());
+    }
     /// Takes a child out of the document and publishes. Throws `std::logic_error` `Child "name"  not found`.
     std::shared_ptr<ZEntityInterface> removeChild(const ZString& name);
     /// Drops all children that are links. Publishes nothing.
@@ -102,8 +111,8 @@ protected:
     void makeDirty() override;
     /// If recalculate() throws, the entity is dirty again.
     void makeClean() override;
-    /// Does nothing here. What an override changes by updateState() reaches the root before makeClean()
-    /// returns; marking the entity dirty has no effect meanwhile.
+    /// Does nothing here. What an override changes by updateState(), of this entity or of children, reaches
+    /// the root before makeClean() returns; marking the entity dirty has no effect meanwhile.
     void recalculate() override;
 
     /// Cleans the entity itself, without what it depends on.

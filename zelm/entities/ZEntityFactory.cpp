@@ -12,9 +12,6 @@ namespace Zelm {
 
 namespace {
 
-constexpr ZStringLiteral kTypeKey("_type", 5);
-constexpr ZStringLiteral kUnknownType("_UNKNOWN_", 9);
-
 bool isMadeBy(const ZEntityFactory::Maker& maker, ZEntityFactory::MakerFunction function) {
     const auto* target = maker.target<ZEntityFactory::MakerFunction>();
     return target ? *target == function : !maker && !function;
@@ -84,9 +81,8 @@ std::shared_ptr<ZEntityInterface> ZEntityFactory::createEntity(ZString name, ZGe
     const char* failure = "Don't know how to construct a ";
     const auto* makers = &entityMakers;
     if (type == ZObserver::objectType()) {
-        const ZObjectMetadata metadata = ZObserver(object).getMetadata();
-        type = static_cast<const ZObject&>(metadata).getChildStringWithDefault(kTypeKey, kUnknownType);
-        if (type == kUnknownType) {
+        type = ZObserver(object).linkType();
+        if (type == "_UNKNOWN_") {
             throw std::runtime_error("Unable to determine type of observable.");
         }
         failure = "Don't know how to construct a link to ";

@@ -5,6 +5,8 @@ namespace Zelm {
 
 ZEntityInterface::~ZEntityInterface() = default;
 
+void Private::requireSameRxCpp(const rxcpp::composite_subscription&) {}
+
 template struct CompositeSubscriberStream<ZGenericObject>;
 
 } // namespace Zelm

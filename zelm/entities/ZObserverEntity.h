@@ -36,6 +36,8 @@ public:
     /// Connects the link to a target in place of a former one, and publishes the target's state as its own.
     /// Does nothing for a target that is gone, the link itself, or one above it.
     void setObserved(std::weak_ptr<ZEntityInterface> target);
+    /// The target; empty while the link is not connected.
+    std::weak_ptr<ZEntityInterface> observed() const;
     /// Follows a path of names and ".." from this link, or from the root if it begins with "/". Empty if a
     /// name on the way is missing. Only a name leads to an entity: a ".." at the end gives the last named one
     /// before it.
@@ -45,7 +47,7 @@ public:
     using Base::setState;
 
     void onPostLoad() override;
-    /// Publishes, also if nothing has changed.
+    /// Publishes, also if nothing has changed: whoever is told of it may not take it for a change.
     void onPreSave() override;
     /// Cuts the link if it leads to an entity outside of `root`; its state stays.
     void removeExternalLinks(ZEntityInterface* root) override;

@@ -69,10 +69,15 @@ void ZObserverEntity<T>::setObserved(std::weak_ptr<ZEntityInterface> target) {
     connection_->observedSubscription = std::move(subscription);
     connection_->observed = observed;
     this->updateState(
-        [&](ZObserver* link) { static_cast<ZObject*>(link)->insertOrReplaceChild("Link", state); });
+        [&](ZObserver* link) { static_cast<ZObject*>(link)->insertOrReplaceChild(ZObserver::Link, state); });
     if (!loading.entityIsGone()) {
         connection_->loadedPath = ZString();
     }
+}
+
+template <class T>
+std::weak_ptr<ZEntityInterface> ZObserverEntity<T>::observed() const {
+    return connection_->observed;
 }
 
 template <class T>
@@ -84,7 +89,7 @@ void ZObserverEntity<T>::follow(ZGenericObject state) {
     }
     const Private::EntityActivities::Scope forwarding(activities, Private::EntityActivity::Forwarding,
                                                       wave.number());
-    this->onNext(std::move(state), "Link");
+    this->onNext(std::move(state), ZObserver::Link);
 }
 
 template <class T>

@@ -9,8 +9,6 @@ namespace Zelm {
 
 namespace {
 
-constexpr ZStringLiteral kLink("Link", 4);
-
 [[noreturn]] void throwWrongType(const ZString& expectedType) {
     throw std::logic_error((expectedType + " expected but not found").to_string());
 }
@@ -53,7 +51,7 @@ auto listChildren(const ZPropertyHandle& parent, Accept accept, Represent repres
 }
 
 ZPropertyHandle seenThrough(ZPropertyHandle child) {
-    return isLink(child.node()) ? child.child(kLink) : child;
+    return isLink(child.node()) ? child.child(ZObserver::Link) : child;
 }
 
 bool isAnyName(const ZString&) {

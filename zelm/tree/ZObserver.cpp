@@ -36,6 +36,11 @@ void ZObserver::setLinkedPath(ZString path) {
     setMetadata(std::move(metadata));
 }
 
+ZString ZObserver::linkType() const {
+    const ZObjectMetadata metadata = getMetadata();
+    return static_cast<const ZObject&>(metadata).getChildStringWithDefault(kTypeKey, "_UNKNOWN_");
+}
+
 void ZObserver::setLinkType(ZString type) {
     ZObjectMetadata metadata = getMetadata();
     metadata.setProperty(kTypeKey, std::move(type));

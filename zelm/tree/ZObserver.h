@@ -10,6 +10,9 @@ namespace Zelm {
 /// as it last was; its metadata say where that object is ("_path") and of what type ("_type").
 class ZELM_EXPORT ZObserver : public ZObject {
 public:
+    /// "Link", the child that is the copy of the linked object.
+    static constexpr ZStringLiteral Link{"Link", 4};
+
     /// "_Observer".
     static ZString objectType();
 
@@ -27,6 +30,8 @@ public:
     ZString linkedPath() const;
     /// An empty path removes the entry.
     void setLinkedPath(ZString path);
+    /// The object type of the linked object; "_UNKNOWN_" if it is unknown.
+    ZString linkType() const;
     /// Records the object type of the linked object.
     void setLinkType(ZString type);
 };

@@ -20,7 +20,7 @@ ZString indepName(std::size_t index) {
 
 /// A child seen through, if it is a link. Throws `std::runtime_error` `Property "Link" not found`.
 ZPropertyHandle linked(ZPropertyHandle child) {
-    return child.getObjectType() == ZObserver::objectType() ? child.child("Link") : child;
+    return child.getObjectType() == ZObserver::objectType() ? child.child(ZObserver::Link) : child;
 }
 
 } // namespace
