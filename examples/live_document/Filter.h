@@ -1,13 +1,11 @@
 #pragma once
 
 #include <zelm/entities/ZEntityImpl.h>
-#include <zelm/entities/ZVariableEntity.h>
 #include <zelm/zelm.h>
 
 #include <cmath>
 #include <complex>
 #include <cstddef>
-#include <memory>
 #include <utility>
 #include <vector>
 
@@ -72,7 +70,9 @@ public:
     }
     Zelm::ZVariable response() const { return Zelm::ZVariable(propertyHandle().child("Response")); }
     /// The copy of the response that the marker holds.
-    Zelm::ZVariable marked() const { return Zelm::ZVariable(propertyHandle().child("Marker").child("Link")); }
+    Zelm::ZVariable marked() const {
+        return Zelm::ZVariable(propertyHandle().child("Marker").child(Zelm::ZObserver::Link));
+    }
 };
 
 /// The transmission in dB, 20 log10 |S21|, from the product of the components' chain matrices.
@@ -102,11 +102,6 @@ public:
 class FilterEntity : public Zelm::ZEntity<FilterEntity, Filter> {
 public:
     FilterEntity(Zelm::ZString name, Filter state) : ZEntity(std::move(name), std::move(state)) {}
-
-    template <class Entity>
-    std::shared_ptr<Entity> child(const Zelm::ZString& name) const {
-        return std::dynamic_pointer_cast<Entity>(getChild(name).lock());
-    }
 
     void setComponent(const Zelm::ZString& name, const Component& component) {
         makeDirty();

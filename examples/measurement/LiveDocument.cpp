@@ -84,7 +84,7 @@ void testCopies(const MeasurementEntity& document, const std::string& parameter,
         const char* place;
         ZVariable copy;
     } copies[] = {{"the parameter", *document.variable(parameter)},
-                  {"the link", ZVariable(link.propertyHandle().child("Link"))},
+                  {"the link", ZVariable(link.propertyHandle().child(Zelm::ZObserver::Link))},
                   {"the marker", marker.target()},
                   {"the document", root.variable(parameter)},
                   {"the marker in the document", root.marker().target()}};

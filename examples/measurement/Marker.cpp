@@ -3,7 +3,6 @@
 namespace measurement {
 namespace {
 
-constexpr Zelm::ZStringLiteral kLink("Link", 4);
 constexpr const char* kPeak = "Peak";
 
 } // namespace
@@ -21,7 +20,7 @@ Marker::Marker() : ZObject(objectType()) {
 Marker::Marker(Zelm::ZGenericObject object) : ZObject(std::move(object), objectType()) {}
 
 Zelm::ZVariable Marker::target() const {
-    return Zelm::ZVariable(propertyHandle().child(Target).child(kLink));
+    return Zelm::ZVariable(propertyHandle().child(Target).child(Zelm::ZObserver::Link));
 }
 
 Zelm::ZString Marker::targetPath() const {
@@ -30,10 +29,10 @@ Zelm::ZString Marker::targetPath() const {
 
 bool Marker::isChangedBy(const Zelm::ZGenericObject& link) const {
     const Zelm::ZPropertyHandle own = propertyHandle().child(Target);
-    if (!own.hasChild(kLink) || !link.hasChild(kLink)) {
-        return own.hasChild(kLink) != link.hasChild(kLink);
+    if (!own.hasChild(Zelm::ZObserver::Link) || !link.hasChild(Zelm::ZObserver::Link)) {
+        return own.hasChild(Zelm::ZObserver::Link) != link.hasChild(Zelm::ZObserver::Link);
     }
-    return !own.child(kLink).isEquivalentTo(link.child(kLink));
+    return !own.child(Zelm::ZObserver::Link).isEquivalentTo(link.child(Zelm::ZObserver::Link));
 }
 
 double Marker::peak() const {
