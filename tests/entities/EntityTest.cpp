@@ -77,6 +77,10 @@ TEST_F(Entity, failures_leave_the_children_and_folders_stand_for_what_lies_in_th
     nameless.handle().setObjectType(Document::objectType());
     nameless.handle().addChildValue("", 1).setObjectType(Document::objectType());
     const ZGenericObject alien = holding("f", folder({{"c", objectOf("Alien", {})}}));
+    ZGenericObject deep = document({});
+    for (int level = 0; level < 1000; ++level) {
+        deep = holding("d", deep);
+    }
     watch("root", root);
     expect({
         {"invalid_argument: Unnamed ZEntity", [] { DocumentEntity(""); }},
@@ -85,6 +89,8 @@ TEST_F(Entity, failures_leave_the_children_and_folders_stand_for_what_lies_in_th
         {"logic_error: Child \"x\"  not found", [&] { root.removeChild("x"); }},
         {"logic_error: Document expected but not found", [&] { root.setState(variable(1)); }},
         {"domain_error: no", [&] { a->updateState([](Document*) { throw std::domain_error("no"); }); }},
+        {"length_error: Entities are nested too deeply.", [&] { DocumentEntity("e", holding("d", deep)); }},
+        {"", [&] { DocumentEntity("e", deep); }},
         {"invalid_argument: Alien not registered in ZEntityFactory.",
          [&] { root.setState(Document(alien)); }},
     });
@@ -94,7 +100,10 @@ TEST_F(Entity, failures_leave_the_children_and_folders_stand_for_what_lies_in_th
     const ZGenericObject plain = variable(1), inner = folder({{"x", plain}, {"g", folder({{"y", plain}})}});
     root.setState(
         document({{"f", folder({{"l", link("../v", plain)}, {"in", inner}})}, {"v", v}, {"z", inner}}));
+    root.setState(holding("other", root.genericState()).child("other"));
+    EXPECT_TRUE(root.state().propertyHandle().getName() == "other");
     EXPECT_EQ(childrenOf(root), "y:Var x:Var l:Var v:Var y:Var x:Var ");
+    EXPECT_EQ(root.body().children[1], root.body().children[5]);
     EXPECT_TRUE(below(root, "v/0")->getPath() == "/v/0" && below(root, "v/0")->isDescendentOf(&root));
     EXPECT_TRUE(!root.isDescendentOf(b.get()) && !root.hasChild({}) && root.hasChild(below(root, "v")));
     below<ZVariableEntity>(root, "x")->updateState(to(2));
@@ -130,7 +139,7 @@ TEST_F(Entity, recalculation_goes_from_the_leaves_to_the_root) {
     for (DocumentEntity* entity : {&root, a.get(), x, y, d}) {
         entity->work = [this, entity] {
             entity->makeDirty(), entity->makeClean(), root.makeClean();
-            note(entity->name().to_string());
+            note(entity->name().to_string() + (entity->isDirty() ? ", dirty" : ""));
         };
     }
     const auto clean = [this](auto... dirty) { (dirty->makeDirty(), ...), root.makeClean(); };
@@ -185,7 +194,7 @@ TEST_F(Entity, whoever_makes_a_change_gets_the_exception_of_a_subscriber_and_all
 
 TEST(EntityTree, a_subscriber_may_empty_or_destroy_the_document_that_notifies) {
     const ZGenericObject leaf = document({});
-    const ZGenericObject state = document({{"a", leaf}, {"b", leaf}, {"l", link("../a", leaf)}});
+    const ZGenericObject state = document({{"a", leaf}, {"l", link("../a", leaf)}, {"z", leaf}});
     const std::function<void(DocumentEntity&)> acts[] = {
         [](DocumentEntity& root) { root.updateState([](Document*) {}); },
         [&](DocumentEntity& root) { root.setState(Document(state)); },
@@ -193,7 +202,12 @@ TEST(EntityTree, a_subscriber_may_empty_or_destroy_the_document_that_notifies) {
         [](DocumentEntity& root) { below(root, "a")->onNext(variable(1), "n"); },
         [](DocumentEntity& root) { root.onPreSave(); },
         [](DocumentEntity& root) { root.onPostLoad(); },
-        [](DocumentEntity& root) { root.makeClean(); }};
+        [](DocumentEntity& root) { root.makeClean(); },
+        [](DocumentEntity& root) {
+            below<DocumentEntity>(root, "a")->work = nullptr;
+            root.work = [&root] { root.updateState([](Document*) {}); };
+            root.makeDirty(), root.makeClean();
+        }};
     for (std::size_t i = 0; i < 4 * std::size(acts); ++i) {
         const bool isDestroyed = i % 2 == 0, isHeld = i % 4 < 2;
         auto root = std::make_unique<DocumentEntity>("root", state);
@@ -209,6 +223,12 @@ TEST(EntityTree, a_subscriber_may_empty_or_destroy_the_document_that_notifies) {
         acts[i / 4](*root);
         EXPECT_TRUE(calls > 0 && (isDestroyed ? !root : drawn(Document(*root)) == "{}")) << i;
     }
+    DocumentEntity parent("parent");
+    auto child = std::make_unique<DocumentEntity>("child");
+    child->stream().subscribe([&](ZGenericObject) { child.reset(); });
+    child->setParent(&parent);
+    child->updateState([](Document*) {});
+    EXPECT_EQ(drawn(Document(parent)), "{}");
 }
 
 /// The names in a folder begin with that of the folder, so that no name is in a document twice.

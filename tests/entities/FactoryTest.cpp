@@ -45,12 +45,17 @@ TEST(Factory, a_maker_of_the_program_for_variables_lasts_until_the_next_construc
 }
 
 TEST(Factory, an_entity_keeps_the_range_it_was_made_with_until_its_next_state) {
-    ZVariable range = variable(1);
-    range.setDataAsRange(0, 5, 1, ZUnit());
-    ZVariableEntity entity("v", range);
-    EXPECT_EQ(entity.state().strategyVariableType(), ZString("RangeVar"));
+    ZVariable both = variable(1), range(0, 5, 1, ZUnit());
+    both.setDataAsRange(0, 5, 1, ZUnit());
+    ZVariableEntity entity("v", both), other("o", range);
+    EXPECT_EQ(entity.state().strategyVariableType(), "RangeVar");
     entity.updateState([](ZVariable*) {});
-    EXPECT_EQ(entity.state().strategyVariableType(), ZString("ExplVar"));
+    other.updateState([](ZVariable*) {});
+    other.onNext(both.propertyHandle().child("Data"), "Data");
+    EXPECT_EQ(entity.state().strategyVariableType() + other.state().strategyVariableType(),
+              "ExplVarRangeVar");
+    other.setState(other.genericState());
+    EXPECT_EQ(other.state().strategyVariableType(), "ExplVar");
 }
 
 } // namespace
