@@ -1,5 +1,5 @@
 #include <zelm/text/AsciiCase.h>
-#include <zelm/text/Padding.h>
+#include <zelm/text/Decimal.h>
 #include <zelm/text/TextConversions.h>
 
 #include <algorithm>
@@ -13,10 +13,6 @@
 namespace Zelm {
 
 namespace {
-
-bool isDigit(char c) noexcept {
-    return c >= '0' && c <= '9';
-}
 
 /// Goes over a text from the front, one part of a number's grammar at a time.
 class Scanner {
@@ -32,7 +28,7 @@ public:
     }
     bool takeDigits() noexcept {
         const char* const start = at_;
-        at_ = std::find_if_not(at_, end_, isDigit);
+        at_ = std::find_if_not(at_, end_, details::isDigit);
         return at_ != start;
     }
     void takeBlanks() noexcept {
@@ -158,13 +154,6 @@ int roundedOrZero(ZStringView text, Rounding rounding, bool* ok) noexcept {
     return result.value_or(0);
 }
 
-template <class Integer>
-ZString integerText(Integer value, int width) {
-    char digits[16];
-    const auto result = std::to_chars(std::begin(digits), std::end(digits), value);
-    return details::padded({digits, static_cast<std::size_t>(result.ptr - digits)}, width);
-}
-
 } // namespace
 
 bool isValidInt(const ZString& text) noexcept {
@@ -217,11 +206,11 @@ void throw_checked_truncate_range_error() {
 }
 
 ZString fromInt(int value, int width) {
-    return integerText(value, width);
+    return details::decimal(value, width);
 }
 
 ZString fromUnsignedInt(unsigned int value, int width) {
-    return integerText(value, width);
+    return details::decimal(value, width);
 }
 
 ZString fromDouble(double value, char format, int precision, int width) {

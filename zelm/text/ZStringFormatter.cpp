@@ -1,21 +1,15 @@
-#include <zelm/text/Padding.h>
+#include <zelm/text/Decimal.h>
 #include <zelm/text/TextConversions.h>
 #include <zelm/text/ZStringFormatter.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cstring>
-#include <limits>
 #include <new>
 #include <utility>
 
 namespace Zelm {
 
 namespace {
-
-bool isDigit(char c) noexcept {
-    return c >= '0' && c <= '9';
-}
 
 /// The next '%' in [at, end), or `end`.
 const char* findPercent(const char* at, const char* end) noexcept {
@@ -38,9 +32,9 @@ void forEachPiece(ZStringView format, const std::vector<ZString>& arguments, Wri
         if (at == end || *at == '%') {
             write(ZStringView(percent, 1));
             at += at != end;
-        } else if (isDigit(*at)) {
+        } else if (details::isDigit(*at)) {
             int number = *at++ - '0';
-            if (at != end && isDigit(*at)) {
+            if (at != end && details::isDigit(*at)) {
                 number = 10 * number + (*at++ - '0');
             }
             // 0 becomes the largest index, which names no argument either.
@@ -50,12 +44,6 @@ void forEachPiece(ZStringView format, const std::vector<ZString>& arguments, Wri
             }
         }
     }
-}
-
-template <class Integer>
-ZStringView decimal(Integer value, char (&digits)[24]) noexcept {
-    const auto result = std::to_chars(std::begin(digits), std::end(digits), value);
-    return {digits, static_cast<std::size_t>(result.ptr - digits)};
 }
 
 } // namespace
@@ -78,13 +66,11 @@ ZStringFormatter& ZStringFormatter::arg(const ZString& value, int width) {
 }
 
 ZStringFormatter& ZStringFormatter::arg(long long value, int width) {
-    char digits[24];
-    return argCopy(decimal(value, digits), width);
+    return add(details::decimal(value, width));
 }
 
 ZStringFormatter& ZStringFormatter::arg(unsigned long long value, int width) {
-    char digits[24];
-    return argCopy(decimal(value, digits), width);
+    return add(details::decimal(value, width));
 }
 
 ZStringFormatter& ZStringFormatter::arg(double value, char format, int precision, int width) {
@@ -92,11 +78,12 @@ ZStringFormatter& ZStringFormatter::arg(double value, char format, int precision
 }
 
 ZString ZStringFormatter::toString() const {
-    // One text in many places can add up to more than a size can count.
-    constexpr std::size_t kLongest = std::numeric_limits<std::ptrdiff_t>::max();
+    std::string text;
+    // One argument in many places can add up to more than any memory holds.
+    const std::size_t longest = text.max_size();
     std::size_t length = 0;
     forEachPiece(format_, arguments_, [&](ZStringView piece) {
-        if (piece.size() > kLongest - length) {
+        if (piece.size() > longest - length) {
             throw std::bad_alloc();
         }
         length += piece.size();
@@ -104,7 +91,7 @@ ZString ZStringFormatter::toString() const {
     if (length == 0) {
         return {};
     }
-    std::string text(length, '\0');
+    text.resize(length);
     char* out = text.data();
     forEachPiece(format_, arguments_,
                  [&](ZStringView piece) { out = std::copy(piece.begin(), piece.end(), out); });
