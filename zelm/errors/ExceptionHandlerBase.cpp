@@ -25,10 +25,6 @@ ExceptionHandlerBase::ExceptionHandlerBase() {
     LockedHandlers()->newestFirst.push_front(this);
 }
 
-ExceptionHandlerBase::ExceptionHandlerBase(const ExceptionHandlerBase&) {
-    LockedHandlers::ensure();
-}
-
 ExceptionHandlerBase::~ExceptionHandlerBase() {
     const LockedHandlers handlers;
     auto& all = handlers->newestFirst;
@@ -44,14 +40,14 @@ void details::offerToHandlers(const std::string& info) {
     }
 }
 
-std::string details::messageFromHandlers() {
+std::string details::messageFromHandlersOr(std::string fallback) {
     const LockedHandlers handlers;
     for (ExceptionHandlerBase* handler : handlers->newestFirst) {
         if (std::string message = handler->get_message_from_caught_exception(); !message.empty()) {
             return message;
         }
     }
-    return {};
+    return fallback;
 }
 
 } // namespace Zelm

@@ -12,7 +12,9 @@ namespace Zelm {
 ///
 /// Handlers of all threads run one at a time, under one lock that is not recursive: a handler must neither
 /// make nor destroy a handler, nor call the two functions above. Where it does, debug builds assert and
-/// others throw `std::system_error` (`std::errc::resource_deadlock_would_occur`).
+/// others throw `std::system_error` (`std::errc::resource_deadlock_would_occur`), out of a destructor into
+/// `std::terminate`. Nor must it report or set reporters: a reporter asks the handlers under its own lock,
+/// and the two would wait for each other.
 ///
 /// Registration is the work of this base class, when the derived object does not exist yet or no longer. So
 /// make and destroy handlers only while no other thread handles exceptions with this library.
@@ -20,7 +22,7 @@ class ZELM_EXPORT ExceptionHandlerBase {
 public:
     ExceptionHandlerBase();
     /// The copy is not registered, and assignment changes nothing.
-    ExceptionHandlerBase(const ExceptionHandlerBase&);
+    ExceptionHandlerBase(const ExceptionHandlerBase&) noexcept {}
     ExceptionHandlerBase& operator=(const ExceptionHandlerBase&) noexcept { return *this; }
     virtual ~ExceptionHandlerBase();
 

@@ -77,8 +77,6 @@ ExceptionReporterBase::ExceptionReporterBase() {
     ensureReporterStates();
 }
 
-ExceptionReporterBase::ExceptionReporterBase(const ExceptionReporterBase&) : ExceptionReporterBase() {}
-
 ExceptionReporterBase::~ExceptionReporterBase() {
     set_as_global_reporter(false);
     const LockedThreadReporters lock;

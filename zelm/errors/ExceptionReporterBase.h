@@ -17,8 +17,9 @@ class ThreadReporterStorage;
 ///
 /// A report runs under the lock of the global reporters or under the one of all thread reporters, whichever
 /// kind it is. These locks are not recursive: within a report a reporter must not report, set or unset
-/// reporters, or destroy one. Where that would wait for itself for ever, debug builds assert and others throw
-/// `std::system_error` (`std::errc::resource_deadlock_would_occur`).
+/// reporters, destroy one, a copy included, or call `std::exit`. Where that would wait for itself for ever,
+/// debug builds assert and others throw `std::system_error` (`std::errc::resource_deadlock_would_occur`), out
+/// of a destructor into `std::terminate`.
 ///
 /// The destructor of this base class unsets the reporter when the derived object does not exist any more. So
 /// unset a reporter that other threads report to before its destructor begins.
@@ -26,7 +27,7 @@ class ZELM_EXPORT ExceptionReporterBase {
 public:
     ExceptionReporterBase();
     /// A copy is set nowhere, and assignment leaves set what was set.
-    ExceptionReporterBase(const ExceptionReporterBase&);
+    ExceptionReporterBase(const ExceptionReporterBase&) noexcept {}
     ExceptionReporterBase& operator=(const ExceptionReporterBase&) noexcept { return *this; }
     virtual ~ExceptionReporterBase();
 
@@ -40,8 +41,8 @@ public:
     void set_as_global_reporter(bool on);
 
     /// Sets or unsets the reporter for the calling thread, where it precedes all global ones. The one that
-    /// was set last gets the reports; setting a reporter again does not move it. Changes nothing on a thread
-    /// that is destroying its thread-local objects.
+    /// was set last gets the reports; setting a reporter again does not move it. Changes nothing once the
+    /// thread, on its way out, has destroyed its list.
     void set_as_thread_reporter(bool on);
 
 private:

@@ -64,11 +64,9 @@ std::string messageOfCaughtException() {
     } catch (const MoreInfoForException& caught) {
         return caught.full_message();
     } catch (const std::exception& caught) {
-        std::string message = details::messageFromHandlers();
-        return message.empty() ? details::textOfWhat(caught.what()) : message;
+        return details::messageFromHandlersOr(details::textOfWhat(caught.what()));
     } catch (...) {
-        std::string message = details::messageFromHandlers();
-        return message.empty() ? "Unknown exception encountered." : message;
+        return details::messageFromHandlersOr("Unknown exception encountered.");
     }
 }
 

@@ -12,8 +12,8 @@
 #include <system_error>
 #include <typeinfo>
 
-// All standard types below `std::exception` in the order in which they are tried: each one precedes its
-// bases.
+// The standard types below `std::exception` that are kept, in the order in which they are tried: each one
+// precedes its bases.
 // clang-format off
 #define ZELM_FOR_EACH_STANDARD_EXCEPTION(apply) \
     apply(std::invalid_argument)                \
