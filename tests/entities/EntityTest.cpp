@@ -48,8 +48,10 @@ TEST_F(Entity, changes_are_published_once_at_each_level_and_dropped_children_are
     watch("root", root);
     a->stream().subscribe([&](ZGenericObject) { note(a->isDirty() ? "a, dirty" : "a"); });
     b->stream().subscribe([&](ZGenericObject) { note("b in " + stateOfRoot()); });
-    auto owner = std::make_unique<DocumentEntity>("owner", holding("c", document({})));
-    const auto c = below(*owner, "c");
+    auto owner =
+        std::make_unique<DocumentEntity>("owner", document({{"c", variable(1)}, {"d", variable(1)}}));
+    const auto c = below(*owner, "c"), d = below(*owner, "d");
+    d->setParent(&root);
     expect({
         {"root {a:{b:2} l:>{}} | a | b in {a:{b:2} l:>{}}", [&] { b->updateState(to(2)); }},
         {"", [&] { root.deleteAllObservers(), l->onNext(variable(1), "Link"); }},
@@ -68,7 +70,7 @@ TEST_F(Entity, changes_are_published_once_at_each_level_and_dropped_children_are
         {"", [&] { l->onNext(variable(1), "n"), owner.reset(), c->onNext(variable(1), "n"); }},
         {"a, dirty", [&] { a->updateState([](Document*) {}); }},
     });
-    EXPECT_TRUE(!c->parent() && !l->parent() && !b->parent());
+    EXPECT_TRUE(!c->parent() && d->parent() == &root && !l->parent() && !b->parent());
     EXPECT_TRUE(a->getRoot() == a.get() && a->getPath() == "/");
 }
 
@@ -112,6 +114,12 @@ TEST_F(Entity, failures_leave_the_children_and_folders_stand_for_what_lies_in_th
     EXPECT_EQ(drawn(below(root, "x")->genericState()) + drawn(below(root, "l")->genericState()), "12");
     root.removeChild("l");
     EXPECT_EQ(childrenOf(root), "y:Var x:Var l:Var v:Var x:Var y:Var x:Var ");
+    ZGenericObject many = folder({});
+    for (int i = 0; i < 20; ++i) {
+        many = many.insertChild(std::to_string(i), plain);
+    }
+    root.setState(document({{"f", many}, {"z", many}}));
+    EXPECT_EQ(root.body().children[19], root.body().children[39]);
 }
 
 TEST_F(Entity, dirty_marks_reach_the_document_once_and_survive_the_file) {
