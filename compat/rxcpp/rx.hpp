@@ -14,8 +14,8 @@
 
 /// Stand-in for RxCpp where none is installed: its names and behaviour for lifetimes and subjects, that is
 /// `composite_subscription`, `subscriber`, `observable` with `subscribe`, and `subjects::subject`. There are
-/// no operators, no schedulers and no other sources. A program that keeps to this subset means the same with
-/// RxCpp itself; what RxCpp refuses to compile is refused here too.
+/// no operators, no schedulers, no other sources, and no errors but those of the observers. A program that
+/// keeps to this subset means the same with RxCpp itself; observers that RxCpp refuses are refused here too.
 ///
 /// Everything is synchronous: `on_next` calls the observers one after another, in order of subscription, on
 /// the thread that publishes. An emission reaches those who had subscribed before it began and have not ended
@@ -99,29 +99,19 @@ private:
 
 namespace details {
 
+/// Stands for a callback that was not given.
+struct NotGiven {};
+
 /// What one subscription calls, until its lifetime ends.
 template <class T>
 struct Observer {
     explicit Observer(composite_subscription boundTo) : lifetime(std::move(boundTo)) {}
-    Observer(const Observer&) = delete;
-    Observer& operator=(const Observer&) = delete;
     virtual ~Observer() = default;
 
-    virtual void next(const T& value) const = 0;
-    virtual void fail(std::exception_ptr error) const noexcept = 0;
+    virtual void next(const T& value) const noexcept = 0;
     virtual void complete() const noexcept = 0;
 
     const composite_subscription lifetime;
-};
-
-/// Stands for an `on_error` that was not given.
-struct Terminate {
-    void operator()(const std::exception_ptr&) const noexcept { std::terminate(); }
-};
-
-/// Stands for an `on_completed` that was not given.
-struct Ignore {
-    void operator()() const noexcept {}
 };
 
 template <class T, class OnNext, class OnError, class OnCompleted>
@@ -131,36 +121,30 @@ struct CallbackObserver final : Observer<T> {
                   "an observer is const and takes T or const T&");
     static_assert(std::is_void_v<std::invoke_result_t<const OnNext&, const T&>>,
                   "an observer returns nothing");
-    static_assert(std::is_invocable_v<const OnError&, std::exception_ptr>,
-                  "on_error takes std::exception_ptr");
-    static_assert(std::is_invocable_v<const OnCompleted&>, "on_completed takes nothing");
 
     CallbackObserver(composite_subscription boundTo, OnNext next, OnError error, OnCompleted completed)
         : Observer<T>(std::move(boundTo)), onNext(std::move(next)), onError(std::move(error)),
           onCompleted(std::move(completed)) {}
 
-    void next(const T& value) const override {
-        if constexpr (std::is_same_v<OnError, Terminate>) {
-            nextOrTerminate(value);
+    /// Without an `on_error` the program ends where the exception is thrown, with the stack still there to be
+    /// looked at.
+    void next(const T& value) const noexcept override {
+        if constexpr (std::is_same_v<OnError, NotGiven>) {
+            onNext(value);
         } else {
             try {
                 onNext(value);
             } catch (...) {
-                fail(std::current_exception());
+                onError(std::current_exception());
+                this->lifetime.unsubscribe();
             }
         }
     }
 
-    /// Terminates where the exception is thrown, with the stack still there to be looked at.
-    void nextOrTerminate(const T& value) const noexcept { onNext(value); }
-
-    void fail(std::exception_ptr error) const noexcept override {
-        onError(std::move(error));
-        this->lifetime.unsubscribe();
-    }
-
     void complete() const noexcept override {
-        onCompleted();
+        if constexpr (!std::is_same_v<OnCompleted, NotGiven>) {
+            onCompleted();
+        }
         this->lifetime.unsubscribe();
     }
 
@@ -173,57 +157,64 @@ struct CallbackObserver final : Observer<T> {
 /// but replaced, so that an emission walks its own one without a lock. Replaced lists are dropped outside the
 /// lock: with them may go what observers captured, whose destructors may come back here.
 template <class T>
-class Hub {
+class Hub : public std::enable_shared_from_this<Hub<T>> {
 public:
     using ObserverPtr = std::shared_ptr<const Observer<T>>;
 
     explicit Hub(composite_subscription boundTo) : lifetime(std::move(boundTo)) {}
 
     static std::shared_ptr<Hub> make(composite_subscription boundTo) {
-        const auto hub = std::make_shared<Hub>(std::move(boundTo));
-        hub->lifetime.add(whileItLives(hub, [](Hub& self) { self.close(Stage::ended); }));
+        auto hub = std::make_shared<Hub>(std::move(boundTo));
+        hub->dropEndedWith(hub->lifetime);
         return hub;
     }
 
-    static void subscribe(const std::shared_ptr<Hub>& hub, const ObserverPtr& observer) {
+    void subscribe(const ObserverPtr& observer) {
+        const auto self = this->shared_from_this();
         if (!observer->lifetime.is_subscribed()) {
             return;
         }
-        observer->lifetime.add(whileItLives(hub, [](Hub& self) { self.dropEnded(); }));
-        switch (hub->renewList(observer)) {
-        case Stage::open:
-            break;
-        case Stage::completed:
-            observer->complete();
-            break;
-        case Stage::failed:
-            observer->fail(hub->error_);
-            break;
-        case Stage::ended:
-            observer->lifetime.unsubscribe();
-            break;
+        dropEndedWith(observer->lifetime);
+        if (!renewList(observer)) {
+            completed_ ? observer->complete() : observer->lifetime.unsubscribe();
         }
     }
 
-    bool hasObservers() const noexcept { return hasObservers_; }
+    bool hasObservers() {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        return !list_->empty();
+    }
 
     /// An observer may destroy the last owner of this hub: nothing of it is touched after they are called.
     void next(const T& value) {
-        if (hasObservers_) {
-            callEach(snapshot(), [&value](const Observer<T>& observer) { observer.next(value); });
+        if (!lifetime.is_subscribed()) {
+            return;
         }
-    }
-
-    void fail(const std::exception_ptr& error) {
-        const composite_subscription ending = lifetime;
-        callEach(close(Stage::failed, error),
-                 [&error](const Observer<T>& observer) { observer.fail(error); });
-        ending.unsubscribe();
+        const auto list = snapshot();
+        for (const ObserverPtr& observer : *list) {
+            if (observer->lifetime.is_subscribed()) {
+                observer->next(value);
+            }
+        }
     }
 
     void complete() {
         const composite_subscription ending = lifetime;
-        callEach(close(Stage::completed), [](const Observer<T>& observer) { observer.complete(); });
+        if (!ending.is_subscribed()) {
+            return;
+        }
+        std::shared_ptr<const List> list = std::make_shared<List>();
+        {
+            const std::lock_guard<std::mutex> lock(mutex_);
+            completed_ = true;
+            list_.swap(list);
+            snapshot_.reset();
+        }
+        for (const ObserverPtr& observer : *list) {
+            if (observer->lifetime.is_subscribed()) {
+                observer->complete();
+            }
+        }
         ending.unsubscribe();
     }
 
@@ -231,59 +222,13 @@ public:
 
 private:
     using List = std::vector<ObserverPtr>;
-    enum class Stage { open, completed, failed, ended };
 
-    template <class Action>
-    static auto whileItLives(const std::weak_ptr<Hub>& hub, Action action) {
-        return [hub, action] {
+    void dropEndedWith(const composite_subscription& ending) {
+        ending.add([hub = this->weak_from_this()] {
             if (const auto self = hub.lock()) {
-                action(*self);
+                self->dropEnded();
             }
-        };
-    }
-
-    template <class Action>
-    static void callEach(const std::shared_ptr<const List>& list, Action action) {
-        if (list) {
-            for (const ObserverPtr& observer : *list) {
-                if (observer->lifetime.is_subscribed()) {
-                    action(*observer);
-                }
-            }
-        }
-    }
-
-    /// The list that an emission under way walks, or else the present one. For the publisher alone.
-    std::shared_ptr<const List> snapshot() {
-        std::shared_ptr<const List> list = snapshot_.lock();
-        if (!list) {
-            const std::lock_guard<std::mutex> lock(mutex_);
-            list = list_;
-            snapshot_ = list;
-        }
-        return list;
-    }
-
-    /// Replaces the list by one of the observers that have not ended, `joining` the last of them unless it is
-    /// null.
-    Stage renewList(const ObserverPtr& joining) {
-        const auto hasNotEnded = [](const ObserverPtr& observer) {
-            return observer->lifetime.is_subscribed();
-        };
-        auto list = std::make_shared<List>();
-        const std::lock_guard<std::mutex> lock(mutex_);
-        if (stage_ == Stage::open) {
-            if (list_) {
-                list->reserve(list_->size() + 1);
-                std::copy_if(list_->begin(), list_->end(), std::back_inserter(*list), hasNotEnded);
-            }
-            if (joining && hasNotEnded(joining)) {
-                list->push_back(joining);
-            }
-            hasObservers_ = !list->empty();
-            list_.swap(list);
-        }
-        return stage_;
+        });
     }
 
     /// Where memory is short they stay in the list, silent, until it is next renewed.
@@ -293,23 +238,41 @@ private:
         } catch (const std::bad_alloc&) {}
     }
 
-    /// Takes no observer from now on, and returns those that there were.
-    std::shared_ptr<const List> close(Stage stage, const std::exception_ptr& error = nullptr) {
+    /// Replaces the list by one of the observers that have not ended, `joining` the last of them unless it is
+    /// null. Returns whether the subject still takes observers: if not, the list is empty.
+    bool renewList(const ObserverPtr& joining) {
+        const auto list = std::make_shared<List>();
+        std::shared_ptr<const List> replaced = list;
         const std::lock_guard<std::mutex> lock(mutex_);
-        if (stage_ == Stage::open) {
-            stage_ = stage;
-            error_ = error;
-            hasObservers_ = false;
+        const bool isOpen = lifetime.is_subscribed() && !completed_;
+        if (isOpen) {
+            const auto hasNotEnded = [](const ObserverPtr& observer) {
+                return observer && observer->lifetime.is_subscribed();
+            };
+            list->reserve(list_->size() + 1);
+            std::copy_if(list_->begin(), list_->end(), std::back_inserter(*list), hasNotEnded);
+            if (hasNotEnded(joining)) {
+                list->push_back(joining);
+            }
         }
-        return std::move(list_);
+        list_.swap(replaced);
+        return isOpen;
     }
 
-    std::atomic<bool> hasObservers_{false};
-    std::weak_ptr<const List> snapshot_;
+    /// The list that an emission under way walks, or else the present one. For the publisher alone.
+    std::shared_ptr<const List> snapshot() {
+        std::shared_ptr<const List> list = snapshot_.lock();
+        if (!list) {
+            const std::lock_guard<std::mutex> lock(mutex_);
+            snapshot_ = list = list_;
+        }
+        return list;
+    }
+
     std::mutex mutex_;
-    std::shared_ptr<List> list_;
-    Stage stage_ = Stage::open;
-    std::exception_ptr error_;
+    std::shared_ptr<const List> list_ = std::make_shared<List>();
+    std::weak_ptr<const List> snapshot_;
+    std::atomic<bool> completed_{false};
 };
 
 } // namespace details
@@ -323,10 +286,8 @@ public:
     explicit subscriber(std::shared_ptr<details::Hub<T>> hub) : hub_(std::move(hub)) {}
 
     /// Calls the observers. An exception of one goes to its own `on_error` and ends it; without an
-    /// `on_error`, or if that throws, the program is terminated. Does nothing once the lifetime has ended.
+    /// `on_error` the program is terminated. Does nothing once the lifetime has ended.
     void on_next(const T& value) const { hub_->next(value); }
-    /// Hands the error to every observer, and ends them and the subject.
-    void on_error(std::exception_ptr error) const { hub_->fail(error); }
     /// Tells every observer, and ends them and the subject.
     void on_completed() const { hub_->complete(); }
 
@@ -347,16 +308,16 @@ public:
     explicit observable(std::shared_ptr<details::Hub<T>> hub) : hub_(std::move(hub)) {}
 
     /// Calls `onNext` with every value until `lifetime` ends, and returns `lifetime`. The callable is
-    /// copyable and const, takes `T` or `const T&`, and returns nothing. If `lifetime` has ended nothing is
-    /// subscribed; if the subject has, it ends `lifetime`, after a last call of `onError` or `onCompleted` if
-    /// it ended so. Costs a copy of the list of observers.
-    template <class OnNext, class OnError = details::Terminate, class OnCompleted = details::Ignore>
+    /// copyable and const, takes `T` or `const T&`, and returns nothing. `onError` takes a
+    /// `std::exception_ptr` and `onCompleted` nothing; the two must not throw. If `lifetime` has ended
+    /// nothing is subscribed; if the subject has, this ends `lifetime`, after a call of `onCompleted` if the
+    /// subject was completed. Costs a copy of the list of observers.
+    template <class OnNext, class OnError = details::NotGiven, class OnCompleted = details::NotGiven>
     composite_subscription subscribe(composite_subscription lifetime, OnNext onNext, OnError onError = {},
                                      OnCompleted onCompleted = {}) const {
         using Observer = details::CallbackObserver<T, OnNext, OnError, OnCompleted>;
-        details::Hub<T>::subscribe(hub_, std::make_shared<const Observer>(lifetime, std::move(onNext),
-                                                                          std::move(onError),
-                                                                          std::move(onCompleted)));
+        hub_->subscribe(std::make_shared<const Observer>(lifetime, std::move(onNext), std::move(onError),
+                                                         std::move(onCompleted)));
         return lifetime;
     }
 
@@ -385,7 +346,7 @@ public:
     subscriber<T> get_subscriber() const { return subscriber<T>(hub_); }
     observable<T> get_observable() const { return observable<T>(hub_); }
     composite_subscription get_subscription() const noexcept { return hub_->lifetime; }
-    bool has_observers() const noexcept { return hub_->hasObservers(); }
+    bool has_observers() const { return hub_->hasObservers(); }
 
 private:
     std::shared_ptr<details::Hub<T>> hub_;
