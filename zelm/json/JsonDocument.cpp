@@ -1,5 +1,7 @@
 #include <zelm/json/JsonDocument.h>
 
+#include <zelm/text/Decimal.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
@@ -31,10 +33,6 @@ std::string readToEnd(std::istream& in) {
     return text;
 }
 
-bool isDigit(char character) {
-    return character >= '0' && character <= '9';
-}
-
 /// Writes the fractions of a document as exponents, `-2.50e3` as `-250e1`: the same numbers, and still real
 /// ones, for a reader that would stop at the point. Strings and comments stay as they are.
 class FractionRewriter {
@@ -47,7 +45,7 @@ public:
                 result_ += take(lengthOfString());
             } else if (isAt('/')) {
                 result_ += take(lengthOfComment());
-            } else if (isDigit(rest_.front())) {
+            } else if (details::isDigit(rest_.front())) {
                 rewriteNumber();
             } else {
                 result_ += take(1);
@@ -65,7 +63,7 @@ private:
         return taken;
     }
     std::string_view takeDigits() {
-        const auto end = std::find_if_not(rest_.begin(), rest_.end(), isDigit);
+        const auto end = std::find_if_not(rest_.begin(), rest_.end(), details::isDigit);
         return take(static_cast<std::size_t>(end - rest_.begin()));
     }
 

@@ -1,5 +1,7 @@
 #include <zelm/tree/ZObject.h>
 
+#include <zelm/text/Decimal.h>
+
 #include <cstdint>
 #include <limits>
 #include <memory>
@@ -62,10 +64,6 @@ bool isBlank(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
 /// Whether a decimal number that an unsigned 64-bit word can hold stands at the start of `[at, end)`, blanks
 /// and one sign allowed before it.
 bool startsWithNumber(const char* at, const char* end) {
@@ -75,12 +73,12 @@ bool startsWithNumber(const char* at, const char* end) {
     if (at != end && (*at == '+' || *at == '-')) {
         ++at;
     }
-    if (at == end || !isDigit(*at)) {
+    if (at == end || !details::isDigit(*at)) {
         return false;
     }
     constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
     std::uint64_t number = 0;
-    for (; at != end && isDigit(*at); ++at) {
+    for (; at != end && details::isDigit(*at); ++at) {
         const auto digit = static_cast<std::uint64_t>(*at - '0');
         if (number > (largest - digit) / 10) {
             return false;
