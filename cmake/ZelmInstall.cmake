@@ -20,6 +20,9 @@ install(FILES "${PROJECT_BINARY_DIR}/ZelmFoundationConfig.cmake"
               "${PROJECT_BINARY_DIR}/ZelmFoundationConfigVersion.cmake"
         DESTINATION "${ZELM_PACKAGE_DIR}" COMPONENT dev)
 
+# The library directory may be deeper than one level, such as lib/x86_64-linux-gnu.
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig"
+           OUTPUT_VARIABLE ZELM_PREFIX_FROM_PC)
 configure_file("${PROJECT_SOURCE_DIR}/cmake/zelm-foundation.pc.in"
                "${PROJECT_BINARY_DIR}/zelm-foundation.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/zelm-foundation.pc"
