@@ -24,12 +24,15 @@ ZELM_EXPORT void requireSameRxCpp(const rxcpp::composite_subscription& anyOne);
 /// before publish() returns.
 ///
 /// RxCpp ends the program when a subscriber throws, and when a value is published while another one is still
-/// going round, the later subscribers see the new value first and the old one last. subscribe() is free of
-/// both; who subscribes at the subject itself gets RxCpp's behaviour.
+/// going round, the later subscribers see the new value first and the old one last. With publish() and
+/// subscribe() there is neither; who subscribes at the subject itself gets RxCpp's behaviour.
+///
+/// One thread at a time publishes; any thread may subscribe and unsubscribe. `T` is a cheap handle that has a
+/// default value.
 template <class T>
 struct CompositeSubscriberStream {
     rxcpp::subjects::subject<T> subject;
-    /// Kept so that publishing needs no lookup.
+    /// Kept so that publishing needs no lookup. Values go in by publish() alone.
     rxcpp::subscriber<T> subscriber;
 
     CompositeSubscriberStream();
@@ -42,7 +45,8 @@ struct CompositeSubscriberStream {
 
     /// Calls `handler(T)` with each value until the lifetime that is returned ends; destroying it does not
     /// end it. While values are published from within handlers, each call gets the newest one. An exception
-    /// reaches the one who published.
+    /// reaches the one who published. What is subscribed from within a handler begins with the first value
+    /// after the outermost publication under way.
     template <class Handler>
     rxcpp::composite_subscription subscribe(Handler handler);
 
@@ -114,7 +118,7 @@ rxcpp::composite_subscription CompositeSubscriberStream<T>::subscribe(Handler ha
             try {
                 handler(T(publications->newest));
             } catch (...) {
-                if (publications->failure && !*publications->failure) {
+                if (!*publications->failure) {
                     *publications->failure = std::current_exception();
                 }
             }
