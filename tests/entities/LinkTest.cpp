@@ -180,11 +180,14 @@ TEST(Link, is_not_lost_by_saving_before_loading_is_complete) {
 TEST(Link, depends_on_its_target_and_has_no_marks_in_the_document) {
     play("{l:>1@../x x:1}", {{"load", "1"}, {"l mark", "0"}, {"x mark", "0"}, {"l clean", "0"}, {"l mark", "0"}, {"save", "1"}});
     const auto target = std::make_shared<DocumentEntity>("target");
-    ZObserverEntity<DocumentEntity> l("l", ZObserver(link("", document({}))));
+    auto l = std::make_unique<ZObserverEntity<DocumentEntity>>("l", ZObserver());
     bool isFirst = false;
-    target->work = [&] { isFirst = l.isDirty(); };
-    target->makeDirty(), Inside::markDirty(l), l.setObserved(target), Inside::makeClean(l);
-    EXPECT_TRUE(isFirst && !l.isDirty() && !target->isDirty() && l.isObserver() && !target->isObserver());
+    target->work = [&] { isFirst = l->isDirty(); };
+    target->makeDirty(), Inside::markDirty(*l), l->setObserved(target), Inside::makeClean(*l);
+    EXPECT_TRUE(isFirst && !l->isDirty() && !target->isDirty() && l->state().linkType() == "Document");
+    target->work = [&] { l.reset(); };
+    target->makeDirty(), Inside::makeClean(*l);
+    EXPECT_FALSE(l || target->isDirty());
 }
 
 TEST(Link, ends_in_a_circle) {
@@ -209,6 +212,8 @@ TEST(Link, stands_what_its_listeners_do) {
         {"a/x = 6", "4 {a:{l:>7@../x x:7}}"}, {"a does 1 a/x = 9", "0"}, {"a/x = 8", "4 {a:{l:>9@../x x:9}}"},
         {"/ does 1 a/x = 2", "0"}, {"a/x = 1", "4 {a:{l:>2@../x x:2}}"}, {"save", "1"}});
     play("{l:>1@../x x:1}", {{"load", "1"}, {"l does 1 / without x", "0"}, {"x = 2", "3 {l:>2@../x}"}, {"save", "1 {l:>2}"}});
+    play("{l:>1 z:{k:>2}}", {{"z does 1 / without l", "0"}, {"l follows z", "2 {z:{k:>2}}"}});
+    play("{l:>1 x:1}", {{"l does 1 / without l", "0"}, {"l follows x", "2 {x:1}"}});
     for (const auto& row : Rows{{"without l", "{x:2}"}, {"clear", "{x:2}"}, {"back", "{}"}, {"end", "gone"}}) {
         for (const std::string place : {"x", "l", "/"}) {
             for (const bool isEarly : {false, true}) {
