@@ -6,7 +6,7 @@
 set -euo pipefail
 
 purpose=${1:-build}
-packages=(g++ cmake ninja-build pkg-config libjsoncpp-dev libutfcpp-dev)
+packages=(g++ cmake ninja-build pkg-config libjsoncpp-dev libutfcpp-dev libutf8proc-dev)
 case $purpose in
 build) ;;
 test) packages+=(libgtest-dev) ;;

@@ -1,26 +1,13 @@
+#include <zelm/text/AsciiCase.h>
 #include <zelm/text/TextConversions.h>
 
 #include <utf8.h>
 
 #include <iterator>
-#include <type_traits>
 
 namespace Zelm {
 
-namespace {
-
-/// Whether every unit is below 128. One pass without a branch, which vectorises.
-template <class Unit>
-bool isAscii(const Unit* text, std::size_t count) noexcept {
-    std::make_unsigned_t<Unit> bits = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        bits =
-            static_cast<std::make_unsigned_t<Unit>>(bits | static_cast<std::make_unsigned_t<Unit>>(text[i]));
-    }
-    return bits < 128;
-}
-
-} // namespace
+using details::isAscii;
 
 std::u16string convertZStringToUtf16(const ZString& text) {
     if (isAscii(text.data(), text.size())) {

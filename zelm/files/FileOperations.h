@@ -1,0 +1,34 @@
+#pragma once
+
+#include <zelm/Export.h>
+#include <zelm/files/FilesystemPath.h>
+
+#include <cstdint>
+#include <filesystem>
+
+namespace Zelm::details {
+
+/// What lies at a path, links followed; `unknown` where that cannot be found out, `not_found` for a path that
+/// can name nothing here. Never throws for a failed query.
+std::filesystem::file_type fileTypeOf(const FilesystemPath& path);
+
+/// The operations of the standard library; each throws FilesystemError `<name>(p): invalid argument` if the
+/// system refuses, and `<name>(p1, p2): invalid arguments` for two paths.
+
+/// False if something is there already.
+bool createDirectory(const FilesystemPath& path);
+bool createDirectories(const FilesystemPath& path);
+/// False if there is nothing. A link is removed itself.
+bool removePath(const FilesystemPath& path);
+/// Removes what is at the path with all that is in it, links themselves and never what they lead to.
+std::uintmax_t removeAll(const FilesystemPath& path);
+void renamePath(const FilesystemPath& from, const FilesystemPath& to);
+std::uintmax_t fileSize(const FilesystemPath& path);
+bool areEquivalent(const FilesystemPath& a, const FilesystemPath& b);
+
+/// Throws FilesystemError "current_path(): can't get current working directory".
+FilesystemPath currentPath();
+/// Throws FilesystemError "temp_directory_path(): can't find temp directory".
+FilesystemPath temporaryDirectoryPath();
+
+} // namespace Zelm::details
