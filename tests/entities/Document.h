@@ -24,9 +24,17 @@ struct Document : ZObject {
 struct DocumentEntity : ZEntity<DocumentEntity, Document> {
     explicit DocumentEntity(ZString name, Document state = {}) : ZEntity(std::move(name), std::move(state)) {}
     using ZEntity::body, ZEntity::isChildEntity, ZEntity::makeClean, ZEntity::makeDirty,
-        ZEntity::processChildObjects;
+        ZEntity::processChildObjects, ZEntity::setState;
+
+    void setState(ZGenericObject object) override {
+        ZEntity::setState(std::move(object));
+        if (publishesEachState) {
+            publishState();
+        }
+    }
 
     std::function<void()> work;
+    bool publishesEachState = false;
 
 protected:
     void recalculate() override {

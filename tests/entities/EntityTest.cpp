@@ -1,10 +1,13 @@
 #include <zelm/json/JSONFormatter.h>
 
 #include <entities/Document.h>
+#include <support/Allocations.h>
 
 #include <algorithm>
 #include <array>
+#include <limits>
 #include <map>
+#include <new>
 #include <random>
 #include <sstream>
 #include <stdexcept>
@@ -36,6 +39,7 @@ struct Entity : ::testing::Test, EventLog {
         return below<DocumentEntity>(root, path);
     }
 
+    const ZGenericObject leaf = variable(1);
     DocumentEntity root{"root", document({{"a", holding("b", variable(1))}, {"l", link("", document({}))}})};
     std::shared_ptr<DocumentEntity> a = documentAt("a");
     std::shared_ptr<ZVariableEntity> b = below<ZVariableEntity>(root, "a/b");
@@ -142,8 +146,8 @@ TEST_F(Entity, dirty_marks_reach_the_document_once_and_survive_the_file) {
 }
 
 TEST_F(Entity, recalculation_goes_from_the_leaves_to_the_root) {
-    const ZGenericObject leaf = document({});
-    root.setState(document({{"a", document({{"x", leaf}, {"y", leaf}})}, {"b", leaf}}));
+    const ZGenericObject empty = document({});
+    root.setState(document({{"a", document({{"x", empty}, {"y", empty}})}, {"b", empty}}));
     const auto x = documentAt("a/x").get(), y = documentAt("a/y").get(), d = documentAt("b").get();
     for (DocumentEntity* entity : {&root, a.get(), x, y, d}) {
         entity->work = [this, entity] {
@@ -238,6 +242,32 @@ TEST(EntityTree, a_subscriber_may_empty_or_destroy_the_document_that_notifies) {
     child->setParent(&parent);
     child->updateState([](Document*) {});
     EXPECT_EQ(drawn(Document(parent)), "{}");
+}
+
+TEST_F(Entity, dropped_children_are_detached_wherever_memory_is_short) {
+    bool hasFailed = true;
+    for (int count = 0; hasFailed; ++count) {
+        hasFailed = false;
+        for (const bool isNewState : {true, false}) {
+            auto owner = std::make_unique<DocumentEntity>("owner", Document(root));
+            const auto held = owner->body().children;
+            try {
+                failAllocationAfter(count);
+                isNewState ? owner->setState(holding("c", leaf)) : owner->deleteAllObservers();
+            } catch (const std::bad_alloc&) {
+                hasFailed = true;
+            }
+            failAllocationAfter(std::numeric_limits<int>::max());
+            owner.reset();
+            EXPECT_TRUE(!held[0]->parent() && !held[1]->parent());
+        }
+    }
+}
+
+TEST_F(Entity, a_child_may_publish_when_it_takes_a_state) {
+    a->publishesEachState = true;
+    root.setState(document({{"a", document({})}, {"f", folder({{"b", leaf}})}, {"z", leaf}}));
+    EXPECT_EQ(stateOfRoot() + childrenOf(root), "{a:{} f:(b:1) z:1}a:Doc b:Var z:Var ");
 }
 
 /// The names in a folder begin with that of the folder, so that no name is in a document twice.

@@ -211,6 +211,8 @@ TEST(Link, stands_what_its_listeners_do) {
         {"a/x does 1 a/x = 5", "0"}, {"a/x = 4", "4 {a:{l:>5@../x x:5}}"}, {"a/l does 1 a/x = 7", "0"},
         {"a/x = 6", "4 {a:{l:>7@../x x:7}}"}, {"a does 1 a/x = 9", "0"}, {"a/x = 8", "4 {a:{l:>9@../x x:9}}"},
         {"/ does 1 a/x = 2", "0"}, {"a/x = 1", "4 {a:{l:>2@../x x:2}}"}, {"save", "1"}});
+    play("{l:>{c:1}@../x x:{c:1}}", {{"load", "1"}, {"l does 1 x gets9 c", "0"}, {"x/c = 2", "4 {l:>{c:9}@../x x:{c:9}}"}});
+    play("{l:>1@../x x:1}", {{"keep", "0"}, {"x does 1 back", "0"}, {"load", "1"}, {"x = 2", "3"}});
     play("{l:>1@../x x:1}", {{"load", "1"}, {"l does 1 / without x", "0"}, {"x = 2", "3 {l:>2@../x}"}, {"save", "1 {l:>2}"}});
     play("{l:>1 z:{k:>2}}", {{"z does 1 / without l", "0"}, {"l follows z", "2 {z:{k:>2}}"}});
     play("{l:>1 x:1}", {{"l does 1 / without l", "0"}, {"l follows x", "2 {x:1}"}});

@@ -4,6 +4,7 @@
 #include <zelm/tree/ZObserver.h>
 
 #include <algorithm>
+#include <iterator>
 #include <stdexcept>
 #include <unordered_set>
 
@@ -57,7 +58,15 @@ void throwUnnamedEntity() {
     throw std::invalid_argument("Unnamed ZEntity");
 }
 
-void detachChildEntities(const EntityList& children, const ZEntityInterface* parent, const EntityList& kept) {
+void detachChildEntities(const EntityList& dropped, const ZEntityInterface* parent) {
+    for (const auto& child : dropped) {
+        if (child->parent() == parent) {
+            child->setParent(nullptr);
+        }
+    }
+}
+
+void replaceChildEntities(EntityList& children, EntityList kept, const ZEntityInterface* parent) {
     if (children == kept) {
         return;
     }
@@ -65,11 +74,11 @@ void detachChildEntities(const EntityList& children, const ZEntityInterface* par
     for (const auto& child : kept) {
         stay.insert(child.get());
     }
-    for (const auto& child : children) {
-        if (stay.count(child.get()) == 0 && child->parent() == parent) {
-            child->setParent(nullptr);
-        }
-    }
+    EntityList dropped;
+    std::copy_if(children.begin(), children.end(), std::back_inserter(dropped),
+                 [&](const auto& child) { return stay.count(child.get()) == 0; });
+    children.swap(kept);
+    detachChildEntities(dropped, parent);
 }
 
 void ChildEntityPlacement::placeChildrenOf(const ZPropertyHandle& object, Links links) {

@@ -22,9 +22,10 @@ ZELM_EXPORT std::shared_ptr<ZEntityInterface> findChildEntity(const EntityList& 
 /// Throws `std::invalid_argument` "Unnamed ZEntity".
 [[noreturn]] ZELM_EXPORT void throwUnnamedEntity();
 
-/// Ends what ties entities to `parent` unless they are `kept`: somebody else may still hold them.
-ZELM_EXPORT void detachChildEntities(const EntityList& children, const ZEntityInterface* parent,
-                                     const EntityList& kept = {});
+/// Ends what ties entities to `parent`, which drops them: somebody else may still hold them.
+ZELM_EXPORT void detachChildEntities(const EntityList& dropped, const ZEntityInterface* parent);
+/// Makes `kept` the children of `parent` and detaches all others. Changes nothing if it throws.
+ZELM_EXPORT void replaceChildEntities(EntityList& children, EntityList kept, const ZEntityInterface* parent);
 
 /// Finds or makes the entities for the child objects of a state.
 class ZELM_EXPORT ChildEntityPlacement {

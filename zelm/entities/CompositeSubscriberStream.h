@@ -1,10 +1,12 @@
 #pragma once
 
 #include <zelm/Export.h>
+#include <zelm/entities/EntityActivity.h>
 #include <zelm/tree/ZGenericObject.h>
 
 #include <rxcpp/rx.hpp>
 
+#include <cstdint>
 #include <exception>
 #include <memory>
 #include <utility>
@@ -51,12 +53,30 @@ struct CompositeSubscriberStream {
     rxcpp::composite_subscription subscribe(Handler handler);
 
 private:
+    template <class Derived, class State>
+    friend class ZEntity;
+    template <class Entity>
+    friend class ZObserverEntity;
+
+    /// subscribe() for parents and links: what they do belongs to the change that is published.
+    template <class Handler>
+    rxcpp::composite_subscription connect(Handler handler);
+    /// Lets the subscribers that are still to be called get `value`; nobody else is told.
+    template <class Value>
+    void renew(const Value& value) {
+        if (publications_->failure) {
+            publications_->newest = T(value);
+        }
+    }
+
     /// The publications that are under way; they may outlive the stream.
     struct Publications {
         /// The newest value while something is published.
         T newest;
         /// Where the innermost publication keeps its first failure; null while there is none.
         std::exception_ptr* failure = nullptr;
+        /// To which the innermost publication belongs.
+        std::uint64_t wave = Private::NotificationWave::kNone;
     };
     class Publication;
 
@@ -68,14 +88,16 @@ template <class T>
 class CompositeSubscriberStream<T>::Publication {
 public:
     Publication(std::shared_ptr<Publications> all, const T& value)
-        : all_(std::move(all)), outer_(all_->failure) {
+        : all_(std::move(all)), outer_(all_->failure), outerWave_(all_->wave) {
         all_->newest = value;
         all_->failure = &failure_;
+        all_->wave = Private::NotificationWave::currentOrNew();
     }
     Publication(const Publication&) = delete;
     Publication& operator=(const Publication&) = delete;
     ~Publication() {
         all_->failure = outer_;
+        all_->wave = outerWave_;
         if (!outer_) {
             const T released = std::exchange(all_->newest, T());
         }
@@ -86,6 +108,7 @@ public:
 private:
     std::shared_ptr<Publications> all_;
     std::exception_ptr* outer_;
+    std::uint64_t outerWave_;
     std::exception_ptr failure_;
 };
 
@@ -99,6 +122,7 @@ void CompositeSubscriberStream<T>::publish(T value) {
         return;
     }
     const Publication publication(publications_, value);
+    const Private::NotificationWave apart(Private::NotificationWave::kNone);
     subscriber.on_next(std::move(value));
     if (publication.failure()) {
         std::rethrow_exception(publication.failure());
@@ -123,6 +147,15 @@ rxcpp::composite_subscription CompositeSubscriberStream<T>::subscribe(Handler ha
                 }
             }
         });
+}
+
+template <class T>
+template <class Handler>
+rxcpp::composite_subscription CompositeSubscriberStream<T>::connect(Handler handler) {
+    return subscribe([publications = publications_.get(), handler = std::move(handler)](T value) {
+        const Private::NotificationWave wave(publications->wave);
+        handler(std::move(value));
+    });
 }
 
 extern template struct ZELM_EXPORT CompositeSubscriberStream<ZGenericObject>;

@@ -4,19 +4,21 @@ namespace Zelm::Private {
 
 namespace {
 
-thread_local std::uint64_t t_currentWave = 0;
-thread_local std::uint64_t t_lastWave = 0;
+thread_local std::uint64_t t_currentWave = NotificationWave::kNone;
+thread_local std::uint64_t t_lastWave = NotificationWave::kNone;
 
 } // namespace
 
-NotificationWave::NotificationWave(Origin origin) noexcept
-    : outer_(t_currentWave),
-      number_(origin == Origin::Passing && t_currentWave != 0 ? t_currentWave : ++t_lastWave) {
-    t_currentWave = number_;
+NotificationWave::NotificationWave(std::uint64_t number) noexcept : outer_(t_currentWave) {
+    t_currentWave = number;
 }
 
 NotificationWave::~NotificationWave() {
     t_currentWave = outer_;
+}
+
+std::uint64_t NotificationWave::currentOrNew() noexcept {
+    return t_currentWave == kNone ? ++t_lastWave : t_currentWave;
 }
 
 EntityActivities::Scope::Scope(EntityActivities& activities, EntityActivity kind, std::uint64_t wave) noexcept

@@ -7,23 +7,24 @@
 namespace Zelm::Private {
 
 /// What spreads from one change: all notifications that follow from it by way of parents and links. A change
-/// that a subscriber makes on the way begins a wave of its own. By its number a link tells the wave that
-/// comes back to it in a circle from the next change of its target.
+/// that any other subscriber makes on the way begins a wave of its own. By its number a link tells the wave
+/// that comes back to it in a circle from the next change of its target.
 class ZELM_EXPORT NotificationWave {
 public:
-    enum class Origin { NewChange, Passing };
+    /// The number of no wave: what is published there begins one.
+    static constexpr std::uint64_t kNone = 0;
 
-    /// A passing notification goes on with the wave of this thread, if there is one.
-    explicit NotificationWave(Origin origin) noexcept;
+    /// Puts this thread into the wave `number`, for the time of a block.
+    explicit NotificationWave(std::uint64_t number) noexcept;
     NotificationWave(const NotificationWave&) = delete;
     NotificationWave& operator=(const NotificationWave&) = delete;
     ~NotificationWave();
 
-    std::uint64_t number() const noexcept { return number_; }
+    /// The wave that this thread is in, or a new one.
+    static std::uint64_t currentOrNew() noexcept;
 
 private:
     std::uint64_t outer_;
-    std::uint64_t number_;
 };
 
 enum class EntityActivity { Loading, Saving, Cleaning, Forwarding };

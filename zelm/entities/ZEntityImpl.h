@@ -101,6 +101,7 @@ void ZEntity<Derived, State>::setState(ZGenericObject object) {
     if (!isPresent) {
         body_->state = State(std::move(object));
         body_->stateIsMadeFromTree = true;
+        body_->stream.renew(present);
     }
     if (!isLink) {
         updateEntityTree();
@@ -110,9 +111,10 @@ void ZEntity<Derived, State>::setState(ZGenericObject object) {
 template <class Derived, class State>
 void ZEntity<Derived, State>::updateEntityTree() {
     Private::ChildEntityPlacement placement(*this, body_->children);
-    placement.placeChildrenOf(static_cast<const State&>(body_->state).propertyHandle());
-    const auto former = std::exchange(body_->children, placement.takeResult());
-    Private::detachChildEntities(former, this, body_->children);
+    // A child that publishes when it takes its state changes the state of this entity meanwhile.
+    const ZPropertyHandle state = static_cast<const State&>(body_->state).propertyHandle();
+    placement.placeChildrenOf(state);
+    Private::replaceChildEntities(body_->children, placement.takeResult(), this);
 }
 
 template <class Derived, class State>
@@ -132,7 +134,7 @@ bool ZEntity<Derived, State>::isChildEntity(ZGenericObject object) {
 
 template <class Derived, class State>
 void ZEntity<Derived, State>::publishState() {
-    const Private::NotificationWave wave(Private::NotificationWave::Origin::NewChange);
+    const Private::NotificationWave apart(Private::NotificationWave::kNone);
     body_->stream.publish(body_->state);
 }
 
@@ -149,7 +151,7 @@ void ZEntity<Derived, State>::setParent(ZEntityInterface* parent) {
     assert(!parent || !parent->isDescendentOf(this));
     auto subscription = rxcpp::composite_subscription::empty();
     if (parent) {
-        subscription = body_->stream.subscribe(
+        subscription = body_->stream.connect(
             [this](ZGenericObject state) { body_->parent->onNext(std::move(state), name()); });
     }
     body_->parentSubscription.unsubscribe();
@@ -205,8 +207,8 @@ void ZEntity<Derived, State>::deleteAllObservers() {
         }
     });
     body_->stateIsMadeFromTree = false;
-    const auto former = std::exchange(body_->children, std::move(kept));
-    Private::detachChildEntities(former, this, body_->children);
+    body_->stream.renew(static_cast<const State&>(body_->state).propertyHandle());
+    Private::replaceChildEntities(body_->children, std::move(kept), this);
 }
 
 template <class Derived, class State>

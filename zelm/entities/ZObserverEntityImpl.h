@@ -64,7 +64,7 @@ void ZObserverEntity<T>::setObserved(std::weak_ptr<ZEntityInterface> target) {
         return;
     }
     auto subscription =
-        observed->stream().subscribe([this](ZGenericObject newState) { follow(std::move(newState)); });
+        observed->stream().connect([this](ZGenericObject newState) { follow(std::move(newState)); });
     connection_->observedSubscription.unsubscribe();
     connection_->observedSubscription = std::move(subscription);
     connection_->observed = observed;
@@ -82,13 +82,12 @@ std::weak_ptr<ZEntityInterface> ZObserverEntity<T>::observed() const {
 
 template <class T>
 void ZObserverEntity<T>::follow(ZGenericObject state) {
-    const Private::NotificationWave wave(Private::NotificationWave::Origin::Passing);
+    const std::uint64_t wave = Private::NotificationWave::currentOrNew();
     auto& activities = this->body().activities;
-    if (activities.isUnderWay(Private::EntityActivity::Forwarding, wave.number())) {
+    if (activities.isUnderWay(Private::EntityActivity::Forwarding, wave)) {
         return;
     }
-    const Private::EntityActivities::Scope forwarding(activities, Private::EntityActivity::Forwarding,
-                                                      wave.number());
+    const Private::EntityActivities::Scope forwarding(activities, Private::EntityActivity::Forwarding, wave);
     this->onNext(std::move(state), ZObserver::Link);
 }
 
