@@ -34,7 +34,7 @@ struct FileBuffer {
 
 /// What the file streams of all directions share.
 template <class Stream>
-class FileStream : private FileBuffer, public Stream {
+class ZELM_EXPORT FileStream : private FileBuffer, public Stream {
 public:
     FileStream() : Stream(&buffer) {}
     FileStream(FileStream&& other) : FileBuffer{std::move(other.buffer)}, Stream(std::move(other)) {
@@ -62,6 +62,8 @@ public:
 class ZELM_EXPORT fstream_utf8 : public details::FileStream<std::iostream> {
 public:
     fstream_utf8() = default;
+    fstream_utf8(fstream_utf8&& other) : FileStream(std::move(other)) {}
+    fstream_utf8& operator=(fstream_utf8&& other) = default;
     explicit fstream_utf8(const ZString& name, int mode = std::ios_base::in | std::ios_base::out) {
         open(name, mode);
     }
@@ -74,6 +76,8 @@ public:
 class ZELM_EXPORT ifstream_utf8 : public details::FileStream<std::istream> {
 public:
     ifstream_utf8() = default;
+    ifstream_utf8(ifstream_utf8&& other) : FileStream(std::move(other)) {}
+    ifstream_utf8& operator=(ifstream_utf8&& other) = default;
     explicit ifstream_utf8(const ZString& name, int mode = std::ios_base::in) { open(name, mode); }
     void open(const ZString& name, int mode = std::ios_base::in) { do_ifstream_utf8_open(this, name, mode); }
 };
@@ -82,6 +86,8 @@ public:
 class ZELM_EXPORT ofstream_utf8 : public details::FileStream<std::ostream> {
 public:
     ofstream_utf8() = default;
+    ofstream_utf8(ofstream_utf8&& other) : FileStream(std::move(other)) {}
+    ofstream_utf8& operator=(ofstream_utf8&& other) = default;
     explicit ofstream_utf8(const ZString& name, int mode = std::ios_base::out) { open(name, mode); }
     void open(const ZString& name, int mode = std::ios_base::out) { do_ofstream_utf8_open(this, name, mode); }
 };
