@@ -63,6 +63,21 @@ std::size_t stemLength(std::u16string_view name) noexcept {
 
 } // namespace
 
+void details::joinPath(std::u16string& path, std::u16string_view other) {
+    if (other.empty()) {
+        return;
+    }
+    const bool isDrive = path.size() == 2 && startsWithDrive(path);
+    const bool separated = path.empty() || isDrive || FilesystemPath::isSeparator(path.back()) ||
+                           FilesystemPath::isSeparator(other[0]);
+    const std::size_t end = path.size();
+    // In this order because `other` may show the path.
+    path.append(other);
+    if (!separated) {
+        path.insert(end, 1, FilesystemPath::preferred_separator);
+    }
+}
+
 FilesystemPath FilesystemPath::fromNarrow(const std::string& text) {
     try {
         return details::decodePath(text, details::Separators::AsGiven);
@@ -138,7 +153,7 @@ FilesystemPath FilesystemPath::parent_path() const {
     parent.text_.reserve(text_.size());
     for (const_iterator element = begin(), next = element; element != end(); element = next) {
         if (++next != end()) {
-            parent /= *element;
+            details::joinPath(parent.text_, *element);
         }
     }
     return parent;
@@ -155,21 +170,7 @@ FilesystemPath FilesystemPath::extension() const {
 }
 
 FilesystemPath& FilesystemPath::operator/=(const FilesystemPath& other) {
-    return *this /= std::u16string_view(other.text_);
-}
-
-FilesystemPath& FilesystemPath::operator/=(std::u16string_view other) {
-    if (other.empty()) {
-        return *this;
-    }
-    const bool isDrive = text_.size() == 2 && startsWithDrive(text_);
-    const bool separated = text_.empty() || isDrive || isSeparator(text_.back()) || isSeparator(other[0]);
-    const std::size_t end = text_.size();
-    // In this order because `other` may show the text of this path.
-    text_.append(other);
-    if (!separated) {
-        text_.insert(end, 1, preferred_separator);
-    }
+    details::joinPath(text_, other.text_);
     return *this;
 }
 

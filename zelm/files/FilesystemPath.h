@@ -84,7 +84,6 @@ public:
     /// Adds a '\' unless one is there, this path is empty or ends in a drive, or `other` begins with one;
     /// then the text of `other`.
     FilesystemPath& operator/=(const FilesystemPath& other);
-    FilesystemPath& operator/=(std::u16string_view other);
     /// Appends the text as it is.
     FilesystemPath& operator+=(const FilesystemPath& other);
     /// Takes away the last element and leaves the separator before it; "." goes with the separators at the

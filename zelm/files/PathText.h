@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-/// The text of paths from one encoding into another.
+/// The text of paths: from one encoding into another, and joined.
 namespace Zelm::details {
 
 enum class Separators { AsGiven, Turned };
@@ -19,5 +19,8 @@ std::string encodePath(std::u16string_view text, Separators separators);
 /// The same for wide characters, which hold a code point each where they have 32 bits. A surrogate alone
 /// stays what it is.
 std::wstring widenPath(std::u16string_view text, Separators separators);
+
+/// Appends a path as `/=` of FilesystemPath does; `other` may show `path`.
+void joinPath(std::u16string& path, std::u16string_view other);
 
 } // namespace Zelm::details

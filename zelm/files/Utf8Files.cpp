@@ -19,6 +19,10 @@ int resultOf(Action&& action) noexcept {
 
 } // namespace
 
+ZString fixFilenameSlashes(const ZString& name) {
+    return name.replace("/", "\\");
+}
+
 int access_utf8(const ZString& name, int mode) {
     return details::platform::access(ZPath(name), mode);
 }
