@@ -52,15 +52,16 @@ struct CompositeSubscriberStream {
     template <class Handler>
     rxcpp::composite_subscription subscribe(Handler handler);
 
+    /// subscribe() for what hands values on, as entities do to their parents and links to theirs: it belongs
+    /// to the change that it hands on, so that a circle of links comes to its end. What other handlers
+    /// publish is a change of its own.
+    template <class Handler>
+    rxcpp::composite_subscription connect(Handler handler);
+
 private:
     template <class Derived, class State>
     friend class ZEntity;
-    template <class Entity>
-    friend class ZObserverEntity;
 
-    /// subscribe() for parents and links: what they do belongs to the change that is published.
-    template <class Handler>
-    rxcpp::composite_subscription connect(Handler handler);
     /// Lets the subscribers that are still to be called get `value`; nobody else is told.
     template <class Value>
     void renew(const Value& value) {

@@ -64,7 +64,8 @@ public:
     /// Takes a state and makes the entities below fit it. Tells nobody and resolves no links.
     virtual void setState(ZGenericObject state) = 0;
     /// Hands new states on to `parent` from now on, or to nobody if it is null; for the parent itself to
-    /// call, which keeps the child. The parent must not be this entity or one below it.
+    /// call, which keeps the child. The parent must not be this entity or one below it. An implementation
+    /// subscribes by `connect` of its stream.
     virtual void setParent(ZEntityInterface* parent) = 0;
     virtual ~ZEntityInterface();
 
