@@ -11,17 +11,18 @@
 #include <fstream>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 /// All that the library asks of the operating system beyond the standard library. One folder beside this file
 /// answers for each kind of system; nothing else includes its headers.
 namespace Zelm::details::platform {
 
-/// A path as the system takes it; empty, which no file is called, for one that can name nothing there, so that
-/// every use of it fails as for a missing file and creates nothing. The calls below take the same form.
+/// A path as the system takes it; empty, which no file is called, for one that can name nothing there, so
+/// that every use of it fails as for a missing file and creates nothing. The calls below take the same form.
 std::filesystem::path systemPath(const FilesystemPath& path);
-/// The path for what the system calls so; nothing if no path can name it, such as text that is no UTF-8 or names
-/// with a '\\'.
+/// The path for what the system calls so; nothing if no path can name it, such as text that is no UTF-8 or
+/// names with a '\\'.
 std::optional<FilesystemPath> pathFromSystem(const std::filesystem::path& path);
 
 /// What lies at a path, links followed; `unknown` where that cannot be found out. Never `none` or `symlink`.
@@ -46,29 +47,39 @@ std::error_code makeDirectory(const FilesystemPath& path, unsigned permissions);
 /// Whether the path itself, no link followed, is a directory of this user that nobody else can write to.
 bool isPrivateDirectory(const FilesystemPath& path);
 
-/// The value of a variable, empty ones too; nothing if it is not set or if `name` can be no name.
-std::optional<ZString> environmentVariable(const ZString& name);
-/// False if the system refuses.
-bool setEnvironmentVariable(const ZString& name, const ZString& value);
+/// Whether the path itself is a link that neither this user nor the system's administrator has made.
+bool isForeignLink(const FilesystemPath& path);
+/// Removes each entry of a directory whose name `isWanted` tells, with all that is in it: links themselves
+/// and never what they lead to, also while others change the tree. What cannot be removed, or lies more than
+/// 256 levels deep, stays. A directory that cannot be read has no entries.
+void removeEntries(const FilesystemPath& directory, bool (*isWanted)(std::string_view name));
 
-/// The value `name` below the key of the machine-wide store, with separators '\' in `key`; nothing if there
-/// is none, or if the key or `name` can be no name there.
+/// The value of a variable, empty ones too; nothing if it is not set or if `name` can be no name. These two
+/// calls may be made by several threads at once.
+std::optional<ZString> environmentVariable(ZStringView name);
+/// False if the system refuses, as it does a NUL in the value.
+bool setEnvironmentVariable(ZStringView name, ZStringView value);
+
+/// A key of the machine-wide store: a directory below /etc/zelm/registry, in which a value is a regular file.
 class MachineStore {
 public:
-    /// Opens a key for reading, once for the life of the process.
+    /// Opens the key, whose separators are '\\', for the life of the process. It may be missing.
     explicit MachineStore(ZStringView key);
-    bool isOpen() const noexcept;
-    /// The raw text of a value.
-    std::optional<ZString> value(const ZString& name) const;
+    /// The bytes of a value; nothing if there is none, if it has more than 1 MiB, or if `name` can be no name
+    /// of a file. Links are not followed, and nothing outside the key is read. Threads may call it at once.
+    std::optional<ZString> value(ZStringView name) const;
 
 private:
     int handle_;
 };
 
+/// Lets keys be opened below another directory from now on.
+ZELM_EXPORT void testing_setMachineStoreRoot(ZStringView directory);
+
 long long currentProcessId();
-/// `id` is any number.
+/// Whether a process has this id: never a negative one, always 0. One of another user counts.
 bool isProcessAlive(long long id);
-/// The file of the running program.
+/// The name of the running program's file.
 FilesystemPath programFile();
 
 } // namespace Zelm::details::platform
