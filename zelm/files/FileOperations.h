@@ -26,7 +26,9 @@ void renamePath(const FilesystemPath& from, const FilesystemPath& to);
 std::uintmax_t fileSize(const FilesystemPath& path);
 bool areEquivalent(const FilesystemPath& a, const FilesystemPath& b);
 
-/// Throws FilesystemError "current_path(): can't get current working directory".
+/// Throws FilesystemError "current_path(): can't get current working directory", also for a directory whose
+/// name no path can say, such as one with a '\' where the system separates by '/' alone: the path would lead
+/// elsewhere.
 FilesystemPath currentPath();
 /// Throws FilesystemError "temp_directory_path(): can't find temp directory".
 FilesystemPath temporaryDirectoryPath();

@@ -1,4 +1,5 @@
 #include <zelm/files/platform/Platform.h>
+#include <zelm/files/platform/posix/FileDescriptor.h>
 #include <zelm/files/platform/posix/SystemText.h>
 #include <zelm/text/TextConversions.h>
 
@@ -119,10 +120,9 @@ std::error_code makeDirectory(const FilesystemPath& path, unsigned permissions) 
         return lastError();
     }
     // Gives back what the process's mask took. Where that fails, the directory has less, never more.
-    const int directory = ::open(text.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (directory >= 0) {
-        static_cast<void>(::fchmod(directory, static_cast<mode_t>(permissions)));
-        ::close(directory);
+    const FileDescriptor directory(::open(text.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (directory.isOpen()) {
+        static_cast<void>(::fchmod(directory.get(), static_cast<mode_t>(permissions)));
     }
     return {};
 }
