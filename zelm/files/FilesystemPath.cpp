@@ -180,12 +180,13 @@ FilesystemPath& FilesystemPath::operator+=(const FilesystemPath& other) {
 }
 
 FilesystemPath& FilesystemPath::remove_filename() {
-    if (relativePathView().empty()) {
+    const std::u16string_view relative = relativePathView();
+    if (relative.empty()) {
         text_.resize(rootDirectoryView().empty() ? 0 : rootNameLength(text_));
         return *this;
     }
-    const std::size_t start = lastNameStart(text_);
-    text_.resize(start < text_.size() ? start : text_.find_last_not_of(u"/\\") + 1);
+    const std::size_t name = relative.size() - lastNameStart(relative);
+    text_.resize(name > 0 ? text_.size() - name : text_.find_last_not_of(u"/\\") + 1);
     return *this;
 }
 

@@ -10,13 +10,13 @@ namespace Zelm {
 
 namespace {
 
-/// A normalised path in the making.
+/// A normalised path in the making: a root, which ends in a separator or needs none, and names.
 class NormalPath {
 public:
-    NormalPath(std::u16string_view root, std::size_t capacity) {
+    NormalPath(std::u16string_view root, std::size_t capacity)
+        : rootEnd_(root.size()), namesStart_(root.size()) {
         text_.reserve(capacity);
         text_.append(root);
-        namesStart_ = text_.size();
     }
 
     void add(std::u16string_view element) {
@@ -24,11 +24,11 @@ public:
             return;
         }
         if (element != u"..") {
-            details::joinPath(text_, element);
+            append(element);
         } else if (text_.size() > namesStart_) {
             removeLastName();
         } else {
-            details::joinPath(text_, element);
+            append(element);
             namesStart_ = text_.size();
         }
     }
@@ -36,6 +36,13 @@ public:
     std::u16string take() && { return std::move(text_); }
 
 private:
+    void append(std::u16string_view element) {
+        if (text_.size() > rootEnd_) {
+            text_ += FilesystemPath::preferred_separator;
+        }
+        text_.append(element);
+    }
+
     void removeLastName() noexcept {
         const std::size_t separator = text_.rfind(FilesystemPath::preferred_separator);
         const bool isFirst = separator == std::u16string::npos || separator < namesStart_;
@@ -43,6 +50,7 @@ private:
     }
 
     std::u16string text_;
+    std::size_t rootEnd_;
     /// The end of the root and of the ".." that nothing before them takes away.
     std::size_t namesStart_;
 };
