@@ -1,4 +1,5 @@
 #include <zelm/files/FilesystemPath.h>
+#include <zelm/files/PathScanning.h>
 #include <zelm/files/PathText.h>
 #include <zelm/files/platform/Platform.h>
 
@@ -9,27 +10,11 @@
 
 namespace Zelm {
 
+using details::isSeparatorAt;
+using details::skipName;
+using details::skipSeparators;
+
 namespace {
-
-constexpr std::size_t kEnd = std::u16string_view::npos;
-
-bool isSeparatorAt(std::u16string_view text, std::size_t position) noexcept {
-    return position < text.size() && FilesystemPath::isSeparator(text[position]);
-}
-
-/// The first position from here on that is no separator, or that is one; the end of the text without any.
-std::size_t skipSeparators(std::u16string_view text, std::size_t position) noexcept {
-    while (isSeparatorAt(text, position)) {
-        ++position;
-    }
-    return position;
-}
-std::size_t skipName(std::u16string_view text, std::size_t position) noexcept {
-    while (position < text.size() && !FilesystemPath::isSeparator(text[position])) {
-        ++position;
-    }
-    return position;
-}
 
 bool startsWithDrive(std::u16string_view text) noexcept {
     return text.size() >= 2 && text[1] == u':' &&
@@ -191,46 +176,45 @@ FilesystemPath& FilesystemPath::remove_filename() {
 }
 
 FilesystemPath::const_iterator FilesystemPath::begin() const noexcept {
-    return const_iterator(text_, text_.empty() ? kEnd : 0);
+    return text_.empty() ? end() : const_iterator(text_, 0);
 }
 
 FilesystemPath::const_iterator FilesystemPath::beginBehindRoot() const noexcept {
     const std::size_t start = skipSeparators(text_, rootNameLength(text_));
-    return const_iterator(text_, start < text_.size() ? start : kEnd);
-}
-
-FilesystemPath::const_iterator FilesystemPath::end() const noexcept {
-    return const_iterator(text_, kEnd);
+    return start < text_.size() ? const_iterator(text_, start) : end();
 }
 
 FilesystemPath::const_iterator::const_iterator(std::u16string_view path, std::size_t position) noexcept
     : path_(path), position_(position) {
-    if (position == kEnd) {
-        return;
-    }
     const std::size_t rootName = position == 0 ? rootNameLength(path) : 0;
     if (rootName > 0) {
         element_ = path.substr(0, rootName);
-    } else if (position == path.size()) {
-        element_ = u".";
-    } else if (isSeparator(path[position])) {
-        element_ = path.substr(position, 1);
     } else {
-        element_ = path.substr(position, skipName(path, position) - position);
+        showElementBehindRootName();
     }
 }
 
-FilesystemPath::const_iterator& FilesystemPath::const_iterator::operator++() noexcept {
+void FilesystemPath::const_iterator::showElementBehindRootName() noexcept {
     if (position_ == path_.size()) {
-        return *this = const_iterator(path_, kEnd);
+        element_ = u".";
+        return;
     }
+    const std::size_t end = isSeparator(path_[position_]) ? position_ + 1 : skipName(path_, position_ + 1);
+    element_ = {path_.data() + position_, end - position_};
+}
+
+FilesystemPath::const_iterator& FilesystemPath::const_iterator::operator++() noexcept {
+    const std::size_t end = position_ + element_.size();
     const bool isRootName = position_ == 0 && rootNameLength(path_) > 0;
     const bool isRootDirectory = !isRootName && isSeparator(element_[0]);
-    const std::size_t end = position_ + element_.size();
-    const std::size_t next = isRootName ? end : skipSeparators(path_, end);
+    position_ = isRootName ? end : skipSeparators(path_, end);
     // Only a separator behind a name makes one more element of the text's end.
-    const bool isOver = next == path_.size() && (next == end || isRootDirectory);
-    return *this = const_iterator(path_, isOver ? kEnd : next);
+    if (position_ < path_.size() || (position_ == path_.size() && position_ > end && !isRootDirectory)) {
+        showElementBehindRootName();
+    } else {
+        position_ = kEnd;
+    }
+    return *this;
 }
 
 } // namespace Zelm

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace Zelm {
 
@@ -42,6 +43,8 @@ public:
     static constexpr bool isSeparator(char16_t c) noexcept { return c == u'/' || c == u'\\'; }
 
     const std::u16string& native() const noexcept { return text_; }
+    /// Hands over the text and leaves this path empty.
+    std::u16string take() && noexcept { return std::exchange(text_, {}); }
     bool empty() const noexcept { return text_.empty(); }
     void clear() noexcept { text_.clear(); }
     void swap(FilesystemPath& other) noexcept { text_.swap(other.text_); }
@@ -135,11 +138,19 @@ public:
 private:
     friend class FilesystemPath;
 
+    static constexpr std::size_t kEnd = std::u16string_view::npos;
+
+    const_iterator() = default;
     const_iterator(std::u16string_view path, std::size_t position) noexcept;
+    void showElementBehindRootName() noexcept;
 
     std::u16string_view path_;
     std::u16string_view element_;
-    std::size_t position_;
+    std::size_t position_ = kEnd;
 };
+
+inline FilesystemPath::const_iterator FilesystemPath::end() const noexcept {
+    return const_iterator();
+}
 
 } // namespace Zelm

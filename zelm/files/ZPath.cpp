@@ -1,5 +1,6 @@
 #include <zelm/files/CaseFolding.h>
 #include <zelm/files/FileOperations.h>
+#include <zelm/files/PathScanning.h>
 #include <zelm/files/PathText.h>
 #include <zelm/files/ZPath.h>
 #include <zelm/text/TextConversions.h>
@@ -10,49 +11,50 @@ namespace Zelm {
 
 namespace {
 
-/// A normalised path in the making: a root, which ends in a separator or needs none, and names.
-class NormalPath {
+/// Normalises the names behind a root in place: the normal form is never longer than what has been read.
+class Normalizer {
 public:
-    NormalPath(std::u16string_view root, std::size_t capacity)
-        : rootEnd_(root.size()), namesStart_(root.size()) {
-        text_.reserve(capacity);
-        text_.append(root);
-    }
+    Normalizer(std::u16string& text, std::size_t rootEnd) noexcept
+        : text_(text), rootEnd_(rootEnd), namesStart_(rootEnd), end_(rootEnd) {}
 
-    void add(std::u16string_view element) {
-        if (element == u".") {
-            return;
+    void run() {
+        for (std::size_t name = details::skipSeparators(text_, rootEnd_); name < text_.size();) {
+            const std::size_t nameEnd = details::skipName(text_, name);
+            add(name, nameEnd - name);
+            name = details::skipSeparators(text_, nameEnd);
         }
-        if (element != u"..") {
-            append(element);
-        } else if (text_.size() > namesStart_) {
-            removeLastName();
-        } else {
-            append(element);
-            namesStart_ = text_.size();
-        }
+        text_.resize(end_);
     }
-
-    std::u16string take() && { return std::move(text_); }
 
 private:
-    void append(std::u16string_view element) {
-        if (text_.size() > rootEnd_) {
-            text_ += FilesystemPath::preferred_separator;
+    void add(std::size_t name, std::size_t length) noexcept {
+        if (text_[name] != u'.' || length > 2 || (length == 2 && text_[name + 1] != u'.')) {
+            append(name, length);
+        } else if (length == 2 && end_ > namesStart_) {
+            removeLastName();
+        } else if (length == 2) {
+            append(name, length);
+            namesStart_ = end_;
         }
-        text_.append(element);
+    }
+
+    void append(std::size_t name, std::size_t length) noexcept {
+        if (end_ > rootEnd_) {
+            text_[end_++] = FilesystemPath::preferred_separator;
+        }
+        std::char_traits<char16_t>::move(&text_[end_], &text_[name], length);
+        end_ += length;
     }
 
     void removeLastName() noexcept {
-        const std::size_t separator = text_.rfind(FilesystemPath::preferred_separator);
-        const bool isFirst = separator == std::u16string::npos || separator < namesStart_;
-        text_.resize(isFirst ? namesStart_ : separator);
+        while (end_ > namesStart_ && text_[--end_] != FilesystemPath::preferred_separator) {}
     }
 
-    std::u16string text_;
-    std::size_t rootEnd_;
+    std::u16string& text_;
+    const std::size_t rootEnd_;
     /// The end of the root and of the ".." that nothing before them takes away.
     std::size_t namesStart_;
+    std::size_t end_;
 };
 
 /// Nothing unless both have the same root and first name and at most `maxUp` steps lead up.
@@ -72,17 +74,19 @@ std::optional<std::u16string> wayBetween(const FilesystemPath& base, const Files
     if (!related) {
         return std::nullopt;
     }
-    NormalPath way({}, base.native().size() + target.native().size());
+    std::u16string way;
+    way.reserve(base.native().size() + target.native().size());
     for (; up != base.end(); ++up, --maxUp) {
         if (maxUp <= 0) {
             return std::nullopt;
         }
-        way.add(u"..");
+        way += u"..\\";
     }
     for (; down != target.end(); ++down) {
-        way.add(*down);
+        way.append(*down) += FilesystemPath::preferred_separator;
     }
-    return std::move(way).take();
+    Normalizer(way, 0).run();
+    return way;
 }
 
 /// A name, and nothing in place of an element that is none.
@@ -130,11 +134,10 @@ ZPath& ZPath::append_path(const ZPath& other) {
 }
 
 ZPath& ZPath::normalize() {
-    NormalPath normal(path_.rootPathView(), path_.native().size());
-    for (auto element = path_.beginBehindRoot(); element != path_.end(); ++element) {
-        normal.add(*element);
-    }
-    path_ = std::move(normal).take();
+    const std::size_t rootEnd = path_.rootPathView().size();
+    std::u16string text = std::move(path_).take();
+    Normalizer(text, rootEnd).run();
+    path_ = std::move(text);
     return *this;
 }
 

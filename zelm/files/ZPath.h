@@ -71,7 +71,7 @@ public:
     ZPath& append_path(const ZPath& other);
 
     /// Removes the elements "." and each name with the ".." behind it, by the text alone. Leading ".." stay,
-    /// behind a root too: `C:\..\a` is normal. Linear time, one allocation.
+    /// behind a root too: `C:\..\a` is normal. In place and in linear time.
     ZPath& normalize();
     /// `other` as seen from this directory, normalised: `other` itself if it has a drive and a root, on this
     /// drive if it has a root only, otherwise below this path. A drive alone, as in `C:b`, means this path if
