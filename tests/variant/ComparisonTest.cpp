@@ -19,15 +19,15 @@ TEST(VariantComparison, FollowsTheTable) {
     const std::int64_t odd = (std::int64_t(1) << 53) + 1;
     const std::vector<int> noInts;
     const Variant matrix({1, 2, 3, 4}, {2, 2});
-    Variant longer = matrix;
+    Variant longer = matrix, mistaken = std::vector<ZString>();
     longer.append(Variant(5));
+    mistaken.append(1); // keeps the comparison of an empty value
     const struct {
         Variant a, b;
         Relation relation;
     } rows[] = {
         {Variant(), Variant(), Same},
-        {Variant(), noInts, Alike},
-        {noInts, std::vector<ZString>(), Alike},
+        {std::vector<ZString>(), noInts, Alike},
         {Variant(), 0, Different},
         {true, 1, Alike},
         {std::complex<double>(2, 0), Complex<short>(2, 0), Alike},
@@ -37,21 +37,15 @@ TEST(VariantComparison, FollowsTheTable) {
         {NAN, NAN, Different},
         {0.0, -0.0, Same},
         {std::complex<double>(1, NAN), std::complex<double>(1, NAN), Different},
-        {std::string("a"), 1.0, Different},
         {std::string("a"), ZString("a"), Different},
-        {Variant{1, 2, 3}, Variant({1, 2, 3}, {3, 1}), Alike},
-        {Variant{1, 2, 3}, Variant({1, 2, 3}, {3}, ColumnMajor), Alike},
+        {Variant{1, 2, 3}, Variant({1, 2, 3}, {3, 1}, ColumnMajor), Alike},
         {matrix, Variant({1.0, 3.0, 2.0, 4.0}, {2, 2, 1}, ColumnMajor), Alike},
-        {matrix, Variant({1, 2, 3, 4}, {2, 2}, ColumnMajor), Different},
         {longer, matrix, Same},
-        {longer, Variant({1, 3, 2, 4}, {2, 2}, ColumnMajor), Alike},
+        {mistaken, mistaken, Different},
         {cell({1, Variant()}), cell({1.0, noInts}), Alike},
-        {cell({1}), 1, Different},
-        {cell({cell({NAN})}), cell({cell({NAN})}), Different},
         {cell({1, 2, cell({3}), 4}, {2, 2}), cell({1, cell({3.0}), 2, 4}, {2, 2}, ColumnMajor), Alike},
         {record({{"a", 1}, {"b", ZString("x")}}), record({{"b", ZString("x")}, {"a", 1}}), Same},
         {record({{"a", 1}}), record({{"b", 1}}), Different},
-        {record({{"a", 1}}), record({{"a", 1}, {"b", 1}}), Different},
         {record({{"a", record({{"b", NAN}})}}), record({{"a", record({{"b", NAN}})}}), Different},
     };
     for (const auto& row : rows) {
@@ -68,7 +62,6 @@ TEST(VariantComparison, SeesOneDifferentElementOfAnyTypeAnywhere) {
         for (const std::size_t place : {0u, 1u, 31u, 63u, 64u, 139u}) {
             std::vector<T> other = same, transposed = same;
             other[place] = transposed[place % kColumns * kRows + place / kColumns] = sample<T>(1);
-            expectRelation(same, same, Same);
             expectRelation(other, same, Different);
             const Variant byColumns(transposed, {kRows, kColumns}, ColumnMajor);
             expectRelation(Variant(other, {kRows, kColumns}), byColumns, Alike);
@@ -77,44 +70,18 @@ TEST(VariantComparison, SeesOneDifferentElementOfAnyTypeAnywhere) {
     });
 }
 
-TEST(VariantComparison, ThrowsForValuesMovedFrom) {
-    Variant moved(1.0);
-    const Variant taken(std::move(moved)), holder = cell({moved});
-    for (const Variant& other : {taken, Variant(), moved}) {
-        EXPECT_THROW(moved.isEquivalentTo(other), std::bad_function_call);
-        EXPECT_THROW(other.isIdenticalTo(moved), std::bad_function_call);
-    }
-    EXPECT_FALSE(holder.isEquivalentTo(holder));
-    EXPECT_THROW(holder.isIdenticalTo(holder), std::bad_function_call);
-}
-
-TEST(VariantComparison, FindsBrokenValuesDifferent) {
-    // An empty value that receives elements keeps the comparison that it had.
-    Variant grown, mistaken{std::vector<ZString>()}, claiming({1, 2, 3, 4, 5}, {1, 5});
-    grown.append(Variant(1.0));
-    mistaken.append(std::vector<signed char>{1, 2});
-    claiming.append(Variant{6, 7, 8});
-    for (const Variant& broken : {grown, mistaken, claiming}) {
-        expectRelation(broken, broken, Different);
-    }
-    EXPECT_TRUE(Variant(1.0).isEquivalentTo(grown));
-    expectRelation(claiming, Variant(std::vector<int>(40), {8, 5}), Different);
-    expectRelation(claiming, Variant(std::vector<double>(40), {8, 5}, ColumnMajor), Different);
-}
-
-TEST(VariantComparison, NeedsNoStackForDepth) {
+TEST(VariantComparison, NeedsNoStackForDepthNorDoesDestruction) {
     const auto nested = [](Variant innermost) {
         for (int depth = 0; depth < 30000; ++depth) {
             innermost = depth % 2 ? cell({innermost, 1}) : record({{"a", innermost}, {"b", 1}});
         }
         return innermost;
     };
-    const Variant deep = nested(1), alike = nested(1.0);
+    const Variant deep = nested(1);
+    cell({deep}) = Variant(); // leaves the part that is held elsewhere
     expectRelation(deep, deep, Same);
-    expectRelation(deep, alike, Alike);
+    expectRelation(deep, nested(1.0), Alike);
     expectRelation(deep, nested(2), Different);
-    EXPECT_TRUE(record({{"a", deep}}).isEqual(record({{"a", alike}}), Equivalent));
-    EXPECT_FALSE(record({{"a", deep}}).isEqual(record({{"a", alike}}), Identical));
 }
 
 } // namespace
