@@ -173,16 +173,18 @@ TEST_F(FileCalls, SucceedByWhatLiesAtTheName) {
         for (const std::string& name : names) {
             std::string results;
             for (const auto& [effect, call] : calls) {
-                renew();
                 results += tryOut(effect, call, name);
+                if (effect != ' ' && results.back() == '+') {
+                    renew();
+                }
             }
             EXPECT_EQ(results, expected) << name;
         }
     }
     EXPECT_TRUE(access_utf8("C:file", 0) == -1 && errno == ENOENT);
-    EXPECT_EQ(freopen_utf8("C:file", "r", std::fopen("file", "r")), nullptr);
     EXPECT_THROW_MSG(freopen_utf8("\x80", "r", stdin), utf8::invalid_utf8, "Invalid UTF-8");
     EXPECT_THROW_MSG(freopen_utf8("file", "\x80", stdin), utf8::invalid_utf8, "Invalid UTF-8");
+    EXPECT_EQ(freopen_utf8("C:file", "r", stdin), nullptr);
 }
 
 TEST_F(FileCalls, OpenStreamsAsTheStandardOnesDo) {
