@@ -2,6 +2,7 @@
 // failures.
 
 #include <zelm/files/FilesystemError.h>
+#include <zelm/files/ScratchDirectories.h>
 #include <zelm/files/Utf8Files.h>
 #include <zelm/files/Utf8Streams.h>
 
@@ -208,8 +209,12 @@ TEST_F(FileCalls, OpenStreamsAsTheStandardOnesDo) {
 }
 
 TEST_F(FileCalls, FailWithTheirTexts) {
-    EXPECT_THROW_MSG(ZPath("missing/inner").create_directory(), FilesystemError,
-                     "create_directory(p): invalid argument");
+    for (const FilesystemPath path :
+         {u"missing/inner", u"\xD800", u"\xD800x", u"\xD800\xD800", u"\xDC00\xDC00"}) {
+        EXPECT_THROW_MSG(ZPath::from_fs_path(path).create_directory(), FilesystemError,
+                         "create_directory(p): invalid argument");
+    }
+    EXPECT_FALSE(ZPath("dangling").create_directory() || ZPath("file").create_directories());
     EXPECT_THROW_MSG(ZPath("C:/x").create_directories(), FilesystemError,
                      "create_directories(p): invalid argument");
     EXPECT_THROW_MSG(ZPath("full").delete_directory(), FilesystemError, "remove(p): invalid argument");
@@ -231,6 +236,13 @@ TEST_F(FileCalls, FailWithTheirTexts) {
                              "current_path(): can't get current working directory");
         });
     }
+}
+
+TEST_F(FileCalls, TakeDirectoriesOfTheSystemWithManySeparators) {
+    inChild([] {
+        ::setenv("TMPDIR", ("/" + fs::current_path().string()).c_str(), 1);
+        EXPECT_TRUE(fs::is_directory(makeUniqueScratchDirectory("x")));
+    });
 }
 
 TEST_F(FileCalls, RemoveLinksAndNotWhatTheyLeadTo) {
