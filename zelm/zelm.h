@@ -20,6 +20,14 @@
 #include <zelm/errors/ExceptionReporterBase.h>
 #include <zelm/errors/MoreInfoForException.h>
 #include <zelm/errors/PrintfExceptionReporterForTesting.h>
+#include <zelm/files/DirectorySaver.h>
+#include <zelm/files/Environment.h>
+#include <zelm/files/FilesystemError.h>
+#include <zelm/files/FilesystemPath.h>
+#include <zelm/files/ScratchDirectories.h>
+#include <zelm/files/Utf8Files.h>
+#include <zelm/files/Utf8Streams.h>
+#include <zelm/files/ZPath.h>
 #include <zelm/json/JSONFormatter.h>
 #include <zelm/text/TextConversions.h>
 #include <zelm/text/ZString.h>

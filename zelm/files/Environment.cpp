@@ -1,10 +1,9 @@
 #include <zelm/files/Environment.h>
 #include <zelm/files/platform/Platform.h>
+#include <zelm/text/AsciiCase.h>
 #include <zelm/text/TextConversions.h>
 
-#include <algorithm>
 #include <new>
-#include <optional>
 
 namespace Zelm::Environment {
 
@@ -20,33 +19,31 @@ public:
 };
 
 const ZString& checkedName(const ZString& name) {
-    if (std::any_of(name.begin(), name.end(), [](char c) { return static_cast<signed char>(c) < 0; })) {
+    if (!isAscii(name.data(), name.size())) {
         static_cast<void>(convertZStringToUtf16(name));
     }
     return name;
 }
 
-std::optional<ZString> machineValue(const ZString& name) {
+bool machineValue(const ZString& name, ZString* value) {
     static const platform::MachineStore store(kStoreKey);
-    std::optional<ZString> value = store.value(name);
-    return value ? value->left(value->find_first_of("\r\n\0", 0, 3)) : value;
-}
-
-bool take(std::optional<ZString> found, ZString* value) {
-    if (found) {
-        *value = *std::move(found);
+    if (!store.value(name, value)) {
+        return false;
     }
-    return found.has_value();
+    *value = value->left(value->find_first_of("\r\n\0", 0, 3));
+    return true;
 }
 
 } // namespace
 
 ZString getenv_zstring(const ZString& name) {
-    return platform::environmentVariable(checkedName(name)).value_or(ZString());
+    ZString value;
+    getenv_zstring_allow_empty(name, &value);
+    return value;
 }
 
 bool getenv_zstring_allow_empty(const ZString& name, ZString* value) {
-    return take(platform::environmentVariable(checkedName(name)), value);
+    return platform::environmentVariable(checkedName(name), value);
 }
 
 ZString getenv_check_registry_zstring(const ZString& name) {
@@ -56,7 +53,7 @@ ZString getenv_check_registry_zstring(const ZString& name) {
 }
 
 bool getenv_check_registry_zstring_allow_empty(const ZString& name, ZString* value) {
-    return getenv_zstring_allow_empty(name, value) || take(machineValue(name), value);
+    return getenv_zstring_allow_empty(name, value) || machineValue(name, value);
 }
 
 void putenv_zstring(const ZString& name, const ZString& value) {

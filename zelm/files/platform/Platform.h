@@ -54,9 +54,9 @@ bool isForeignLink(const FilesystemPath& path);
 /// 256 levels deep, stays. A directory that cannot be read has no entries.
 void removeEntries(const FilesystemPath& directory, bool (*isWanted)(std::string_view name));
 
-/// The value of a variable, empty ones too; nothing if it is not set or if `name` can be no name. These two
-/// calls may be made by several threads at once.
-std::optional<ZString> environmentVariable(ZStringView name);
+/// Whether a variable is set, if only to an empty text; then its value. Never for what can be no name. These
+/// two calls may be made by several threads at once.
+bool environmentVariable(ZStringView name, ZString* value);
 /// False if the system refuses, as it does a NUL in the value.
 bool setEnvironmentVariable(ZStringView name, ZStringView value);
 
@@ -65,9 +65,10 @@ class MachineStore {
 public:
     /// Opens the key, whose separators are '\\', for the life of the process. It may be missing.
     explicit MachineStore(ZStringView key);
-    /// The bytes of a value; nothing if there is none, if it has more than 1 MiB, or if `name` can be no name
-    /// of a file. Links are not followed, and nothing outside the key is read. Threads may call it at once.
-    std::optional<ZString> value(ZStringView name) const;
+    /// Whether there is such a value; then its bytes. Never for more than 1 MiB of them or for what can be no
+    /// name of a file. Links are not followed, and nothing outside the key is read. Threads may call it at
+    /// once.
+    bool value(ZStringView name, ZString* value) const;
 
 private:
     int handle_;

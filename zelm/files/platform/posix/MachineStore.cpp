@@ -24,21 +24,22 @@ bool isEntryName(std::string_view name) {
            name.find_first_of(std::string_view("/\0", 2)) == name.npos;
 }
 
-std::optional<ZString> readAll(int file) {
+bool readAll(int file, ZString* value) {
     std::string text;
     char chunk[4096];
     for (;;) {
         const ssize_t count = ::read(file, chunk, sizeof chunk);
         if (count == 0) {
-            return ZString(std::move(text));
+            *value = std::move(text);
+            return true;
         }
         if (count > 0) {
             text.append(chunk, static_cast<std::size_t>(count));
         } else if (errno != EINTR) {
-            return std::nullopt;
+            return false;
         }
         if (text.size() > kMaxValueSize) {
-            return std::nullopt;
+            return false;
         }
     }
 }
@@ -51,19 +52,17 @@ MachineStore::MachineStore(ZStringView key) {
     handle_ = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
 }
 
-std::optional<ZString> MachineStore::value(ZStringView name) const {
+bool MachineStore::value(ZStringView name, ZString* value) const {
     const std::string entry(name.data(), name.size());
     if (handle_ < 0 || !isEntryName(entry)) {
-        return std::nullopt;
+        return false;
     }
     // A pipe would wait for its writer for ever, so it is opened without waiting and then refused.
     const FileDescriptor file(
         ::openat(handle_, entry.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct ::stat status;
-    if (!file.isOpen() || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
-        return std::nullopt;
-    }
-    return readAll(file.get());
+    return file.isOpen() && ::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode) &&
+           readAll(file.get(), value);
 }
 
 void testing_setMachineStoreRoot(ZStringView directory) {
