@@ -1,0 +1,32 @@
+// File calls by names in UTF-8 beside those of the system.
+
+#include "Compare.h"
+
+#include <zelm/files/Utf8Files.h>
+
+#include <filesystem>
+#include <string>
+
+#include <unistd.h>
+
+namespace Zelm::Bench {
+namespace {
+
+/// A directory that is there on every machine where the benchmarks are built.
+std::string existingFile() {
+    return std::filesystem::current_path().string();
+}
+
+const Comparison accessByName(
+    "access_utf8 / access", 1.3,
+    [](benchmark::State& state) {
+        const ZString name(existingFile());
+        repeat(state, [&] { return access_utf8(name, R_OK); });
+    },
+    [](benchmark::State& state) {
+        const std::string name = existingFile();
+        repeat(state, [&] { return ::access(name.c_str(), R_OK); });
+    });
+
+} // namespace
+} // namespace Zelm::Bench
