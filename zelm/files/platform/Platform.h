@@ -22,7 +22,7 @@ namespace Zelm::details::platform {
 /// that every use of it fails as for a missing file and creates nothing. The calls below take the same form.
 std::filesystem::path systemPath(const FilesystemPath& path);
 /// The path for what the system calls so; nothing if no path can name it, such as text that is no UTF-8 or
-/// names with a '\\'.
+/// names with a '\'.
 std::optional<FilesystemPath> pathFromSystem(const std::filesystem::path& path);
 
 /// What lies at a path, links followed; `unknown` where that cannot be found out. Never `none` or `symlink`.
