@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <set>
 #include <string>
 
 namespace Zelm {
@@ -41,11 +40,9 @@ const Quantity kQuantities[] = {
 
 TEST(ZUnitDimensions, ExponentsAddSubtractMultiplyAndWrap) {
     const ZUnitDimensions a(1, 2, 3, 4, 5, 6, 7, 8, 9), b(1, 1, 1, 1, 6, 8, 7, 9, 10);
-    EXPECT_EQ(a.SIUnitsString(), "m*kg^2*s^3*A^4*K^5*mol^6*cd^7*rad^8*sr^9");
     EXPECT_EQ((a * b).SIUnitsString(), "m^2*kg^3*s^4*A^5*K^11*mol^14*cd^14*rad^17*sr^19");
     EXPECT_EQ((a / b).SIUnitsString(), "kg*s^2*A^3/(K*mol^2*rad*sr)");
     EXPECT_EQ((b ^ -1).SIUnitsString(), "1/(m*kg*s*A*K^6*mol^8*cd^7*rad^9*sr^10)");
-    EXPECT_TRUE(a * b / b == a && (a ^ 0) == ZUnitDimensions() && (a ^ 2) == a * a);
     const ZUnitDimensions smallest(INT_MIN, 0, 0, 0, 0, 0, 0, 0, 0);
     EXPECT_EQ(smallest.SIUnitsString(), "1/m^2147483648");
     EXPECT_TRUE((smallest ^ -1) == smallest && smallest * smallest == ZUnitDimensions() &&
@@ -55,35 +52,23 @@ TEST(ZUnitDimensions, ExponentsAddSubtractMultiplyAndWrap) {
 TEST(ZUnitType, BuiltInQuantitiesStandInTheirOrder) {
     for (const Quantity& q : kQuantities) {
         const ZUnitType& type = q.accessor();
-        EXPECT_EQ(type.GetName(), q.name);
-        EXPECT_EQ(type.GetReferenceSIString(), q.reference);
+        EXPECT_TRUE(type.GetName() == q.name && type.GetReferenceSIString() == q.reference) << q.name;
         EXPECT_EQ(type.GetDimensions().SIUnitsString(), q.canonical);
-        for (const Quantity& other : kQuantities) {
-            EXPECT_EQ(type.GetDimensions() != other.accessor().GetDimensions(),
-                      other.canonical != std::string(q.canonical));
-        }
-        EXPECT_EQ(ZUnitType::GetDBType(type), std::set<std::string>({"A", "V"}).count(q.reference)) << q.name;
         EXPECT_TRUE(ZUnitType::FindByReferenceSiString(q.reference) == type) << q.name;
-        if (std::set<std::string>{"mol", "sr", "Wb", "Sv"}.count(q.reference)) {
-            EXPECT_THROW_MSG(type.GetBaseMKSUnits(), std::runtime_error,
-                             std::string("Error constructing a unit from SI String ") + q.reference);
-        } else {
-            EXPECT_TRUE(type.GetBaseMKSUnits().GetUnitType() == type) << q.name;
-        }
     }
+    EXPECT_EQ(ZUnitType::GetDBType(T::ElectricCurrent()), T::AmplitudeRatio);
+    EXPECT_NE(ZUnitType::GetDBType(T::Power()), T::AmplitudeRatio);
+    EXPECT_TRUE(T::Radioactivity().GetBaseMKSUnits().GetUnitType() == T::Radioactivity());
+    EXPECT_THROW_MSG(T::SolidAngle().GetBaseMKSUnits(), std::runtime_error,
+                     "Error constructing a unit from SI String sr");
 #define EXPECT_ACCESSOR(Accessor, s_static, ...) EXPECT_EQ(&T::Accessor(), &T::s_static);
     ZELM_FOR_EACH_QUANTITY(EXPECT_ACCESSOR)
     EXPECT_TRUE(ZUnitType().GetName() == "none" && ZUnitType() != ZUnitType::Dimensionless());
 }
 
 TEST(ZUnitType, FindUnitTypeGoesByTheReferenceTextsAndRegistersNewSignatures) {
-    const std::pair<const char*, const ZUnitType&> rows[] = {{"1/s", T::Frequency()},
-                                                             {"(Bq)^1", T::Radioactivity()},
-                                                             {"J/kg", T::AbsorbedDose()},
-                                                             {"Sv*m/m", T::EquivalentDose()}};
-    for (const auto& [text, found] : rows) {
-        EXPECT_TRUE(T::FindUnitType(found.GetDimensions(), text) == found) << text;
-    }
+    EXPECT_TRUE(T::FindUnitType(T::Frequency().GetDimensions(), "(Bq)^1") == T::Radioactivity());
+    EXPECT_TRUE(T::FindUnitType(T::EquivalentDose().GetDimensions(), "J/kg") == T::AbsorbedDose());
     const ZUnitDimensions odd(1001, 0, 0, 0, 0, 0, 0, 0, 0);
     for (const char* text : {"first", "other"}) {
         EXPECT_EQ(T::FindUnitType(odd, text).GetName(), "first");
@@ -94,10 +79,7 @@ TEST(ZUnitType, FindUnitTypeGoesByTheReferenceTextsAndRegistersNewSignatures) {
     const ZUnitType first = T::Create("mine", volt, "Vx"), second = T::Create("mine too", volt, "Vx");
     EXPECT_EQ(T::GetDBType(first), T::AmplitudeRatio);
     EXPECT_TRUE(T::FindByReferenceSiString("Vx") == first && first != second);
-    EXPECT_EQ(T::FindCompatibleTypes(volt).size(), 3U);
     EXPECT_TRUE(T::Create("mine", volt, "Vy") == first);
-    EXPECT_THROW_MSG(T::FindByReferenceSiString("v"), std::runtime_error,
-                     "Could not find a ZUnitType with reference SI string v");
 }
 
 } // namespace
