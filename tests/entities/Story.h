@@ -95,10 +95,15 @@ struct Story {
         });
     }
 
+    void watch(ZEntityInterface& entity) {
+        entity.stream().subscribe(
+            [this, &entity](ZGenericObject state) { note(entity.name() + "=" + drawn(state)); });
+    }
+
     void work(DocumentEntity& entity, const std::string& step) {
-        entity.work = [this, &entity, step] {
-            note(entity.name());
+        entity.work = [this, name = entity.name(), step] {
             take(std::string(step));
+            note(name);
         };
     }
 
@@ -142,7 +147,7 @@ struct Story {
         {"clean", [](auto& x, auto&) { Inside::makeClean(x); }},
         {"works", [this](auto& x, auto& step) { work(documentOf(x), step); }}, // its recalculation
         {"does", [this](auto& x, auto& rest) { listen(x, rest); }}, // "x does 3 step": at its next three notifications
-        {"watch", [this](auto& x, auto&) { x.stream().subscribe([this, &x](auto state) { note(x.name() + "=" + drawn(state)); }); }},
+        {"watch", [this](auto& x, auto&) { watch(x); }},
         {"fails", [](auto&, auto& text) { throw std::range_error(text); }},
         {"child", [](auto& x, auto& name) { x.getChild(name); }},
         {"children", [this](auto&, auto&) { noteChildren(); }},
