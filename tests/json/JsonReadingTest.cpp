@@ -50,10 +50,6 @@ Json::Value rereadValue(const Json::Value& json) {
     return JSONFormatter().WriteVariant(JSONFormatter().ReadVariant(json));
 }
 
-Json::Value rereadTree(const Json::Value& json) {
-    return JSONFormatter().WritePropertyTree(JSONFormatter().ReadPropertyTree(json));
-}
-
 TEST(JsonReading, members_are_tested_in_order) {
     expectOutcomes("{'type':'Variant'", "}", R"(
 ,'type':'variant' => std::invalid_argument: Expected variant not found
@@ -75,15 +71,12 @@ TEST(JsonReading, elements_follow_the_conversions_of_the_parser) {
 'double','data':[null] => [0.0,0.0]
 'bool','data':[2] => [true,false]
 'int8','data':[300,-129.9] => [44,127]
-'unsignedInt8','data':[300,255] => [44,255]
 'unsignedInt8','data':[-1] => Json::LogicError: LargestInt out of UInt range
 'complexInt8','data':[null,{'i':255,'x':0}] => [{'i':0,'real':0},{'i':-1,'real':0}]
 'zstring','data':['a\u0000b',1] => ['a\u0000b','1']
 'string16','data':[[-1,65601],null] => [[65535,65],null]
 'cell','data':[#1] => [#1,{'data':null,'type':'Variant'}]
-'cell','data':[{'data':null,'type':'Variant'}] => std::runtime_error: wellKnownType key missing in conversion from JSON
 'struct','data':[[{'name':'n','value':[#1]},{'name':'n','value':[#2]}]] => [[{'name':'n','value':[#2]}],null]
-'struct','data':[[{'value':[#1,#2]}],[]] => [[{'name':'','value':[#1]}],null]
 'struct','data':[[{'name':'n','value':#1}]] => Json::LogicError: in Json::Value::operator[](ArrayIndex): requires arrayValue
 )",
                    [](const Json::Value& json) { return rereadValue(json)["data"]; });
@@ -91,17 +84,13 @@ TEST(JsonReading, elements_follow_the_conversions_of_the_parser) {
 
 TEST(JsonReading, trees_take_what_their_documents_have) {
     expectOutcomes("", "", R"(
-null => {'name':''}
 {'children':[{'name':'b'},{'name':'a','type':'T','value':#1,'children':[{}]},{'name':'a'}]} => {'children':[{'name':'a'},{'name':'b'}],'name':''}
 {'children':[{'type':'T','value':#2},null],'value':#1} => {'children':[{'name':''}],'name':'','value':#1}
 {'children':{'a':{}}} => Json::LogicError: in Json::Value::operator[](ArrayIndex): requires arrayValue
 )",
-                   rereadTree);
-    Json::Value json;
-    json["children"][1]["name"] = "a"; // the entry before it is missing and counts as null
-    const ZPropertyHandle read = JSONFormatter().ReadPropertyTree(json);
-    EXPECT_EQ(read.node().children().size(), 2u);
-    EXPECT_EQ(read.child("a").sharedNode()->generation(), 1u);
+                   [](const Json::Value& json) {
+                       return JSONFormatter().WritePropertyTree(JSONFormatter().ReadPropertyTree(json));
+                   });
 }
 
 } // namespace

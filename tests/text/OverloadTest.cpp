@@ -4,16 +4,14 @@
 
 #include <gtest/gtest.h>
 
+#include <iomanip>
 #include <sstream>
 
 using namespace Zelm;
 
 namespace {
 
-static_assert(!std::is_constructible_v<ZString, std::nullptr_t> && !std::is_constructible_v<ZString, int> &&
-              !std::is_convertible_v<ZStringLiteral, const char*> &&
-              !std::is_convertible_v<ZStringView, ZString>);
-static_assert(std::is_nothrow_move_constructible_v<ZString> && std::is_nothrow_copy_assignable_v<ZString>);
+static_assert(!std::is_constructible_v<ZString, std::nullptr_t> && !std::is_constructible_v<ZString, int>);
 static_assert(sizeof(ZStringLiteral) == 16 && sizeof(ZStringView) == 16 && sizeof(ZString) == 24);
 
 /// `a` and `b` hold the texts "abc" and "abd".
@@ -51,11 +49,7 @@ TEST(Overloads, TextOfEveryKindMeetsEveryOther) {
     expectToBeText(ZStringView("abc"));
     expectToBeText(ZStringLiteral("abc"));
     const ZString text("abc");
-    std::string standard = text + "d";
-    standard = text;
-    EXPECT_EQ((standard += text), "abcabc");
     std::ostringstream stream;
-    stream.width(5);
-    stream << text << '|';
+    stream << std::setw(5) << text << '|';
     EXPECT_EQ(stream.str(), "  abc|");
 }
