@@ -12,9 +12,7 @@
 namespace Zelm {
 namespace {
 
-ZSystemOfUnits& catalogue() {
-    return ZSystemOfUnits::instance();
-}
+ZSystemOfUnits& s_catalogue = ZSystemOfUnits::instance();
 
 using T = ZUnitType;
 
@@ -54,50 +52,49 @@ TEST(ZSystemOfUnits, HoldsTheDefaultCatalogueAndNoMore) {
     }
     std::vector<ZUnit> units;
     for (const auto& [name, unit] : expected) {
-        const ZUnit found = catalogue().GetUnitsByName(ZString(name));
+        const ZUnit found = s_catalogue.GetUnitsByName(ZString(name));
         EXPECT_TRUE(found == unit && found.GetUnitType() == unit.GetUnitType()) << name;
         EXPECT_EQ(found.GetSiUnits(), unit.GetSiUnits()) << name;
         units.push_back(unit);
     }
-    EXPECT_EQ(catalogue().GetAllUnits(), units);
+    EXPECT_EQ(s_catalogue.GetAllUnits(), units);
 }
 
 TEST(ZSystemOfUnits, ListsAQuantity) {
     const std::vector<ZString> angles{"degrees", "rad", "radians", "°"};
-    EXPECT_EQ(catalogue().GetUnitNames(T::PlaneAngle()), angles);
-    EXPECT_EQ(catalogue().GetUnits(T::Dimensionless()).size(), 8U); // "dB" and "dB10" are equal
+    EXPECT_EQ(s_catalogue.GetUnitNames(T::PlaneAngle()), angles);
+    EXPECT_EQ(s_catalogue.GetUnits(T::Dimensionless()).size(), 8U); // "dB" and "dB10" are equal
     const ZUnit own(T::Length(), "cubit", 0.4572, 0, 0);
-    EXPECT_EQ(catalogue().GetCompatibleUnits(catalogue().GetUnitsByName("m")).size(), 8U);
-    EXPECT_EQ(catalogue().GetCompatibleUnits(own).size(), 9U);
-    EXPECT_EQ(catalogue().GetCompatibleUnits(own)[0], own);
+    EXPECT_EQ(s_catalogue.GetCompatibleUnits(own).size(), 9U);
+    EXPECT_EQ(s_catalogue.GetCompatibleUnits(own)[0], own);
 }
 
 TEST(ZSystemOfUnits, ReadsWhatPeopleWrite) {
     const std::pair<const char*, const char*> found[] = {
         {"uV", "µV"}, {"kOhm", "kΩ"}, {"dBu", "dBµ"}, {"millions", "millions"}, {"thousands", "thousands"}};
     for (const auto& [text, name] : found) {
-        EXPECT_EQ(catalogue().GetUnitsFromString(text), catalogue().GetUnitsByName(name)) << text;
+        EXPECT_EQ(s_catalogue.GetUnitsFromString(text), s_catalogue.GetUnitsByName(name)) << text;
     }
-    EXPECT_TRUE(catalogue().GetUnitsFromString("kg*m/s^2").GetUnitType() == T::Force());
-    EXPECT_THROW_MSG(catalogue().GetUnitsFromString("Ohm*uuOhm"), std::runtime_error,
+    EXPECT_TRUE(s_catalogue.GetUnitsFromString("kg*m/s^2").GetUnitType() == T::Force());
+    EXPECT_THROW_MSG(s_catalogue.GetUnitsFromString("Ohm*uuOhm"), std::runtime_error,
                      "Error constructing a unit from SI String Ω*µuOhm");
 }
 
 TEST(ZSystemOfUnits, TakesAndGivesUpUnitsOfTheApplication) {
     const ZUnit cubit(T::Length(), "cubit", 0.4572, 0, 0);
-    const std::vector<ZUnit> before = catalogue().GetAllUnits();
-    catalogue().InsertUnits(cubit);
-    catalogue().InsertUnits("ell", cubit);
-    EXPECT_THROW_MSG(catalogue().InsertUnits("ell", ZUnit()), std::logic_error,
+    const std::vector<ZUnit> before = s_catalogue.GetAllUnits();
+    s_catalogue.InsertUnits(cubit);
+    s_catalogue.InsertUnits("ell", cubit);
+    EXPECT_THROW_MSG(s_catalogue.InsertUnits("ell", ZUnit()), std::logic_error,
                      "Error: InsertUnits: Cannot insert duplicate unit-name 'ell'.");
     for (const char* name : {"cubit", "ell"}) {
-        EXPECT_EQ(catalogue().GetUnitsByName(name), cubit);
-        catalogue().RemoveUnits(name);
-        catalogue().RemoveUnits(name);
-        EXPECT_THROW_MSG(catalogue().GetUnitsByName(name), std::logic_error,
+        EXPECT_EQ(s_catalogue.GetUnitsByName(name), cubit);
+        s_catalogue.RemoveUnits(name);
+        s_catalogue.RemoveUnits(name);
+        EXPECT_THROW_MSG(s_catalogue.GetUnitsByName(name), std::logic_error,
                          std::string("Error: in GetUnitsBayName: unit-name '") + name + "' not found.");
     }
-    EXPECT_EQ(catalogue().GetAllUnits(), before);
+    EXPECT_EQ(s_catalogue.GetAllUnits(), before);
 }
 
 } // namespace Zelm
