@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
 # The main job: installs what is missing, builds the library and the example `measurement` (build/demo), and runs it.
-#   scripts/demo.sh [--csv] [FILE]
+#   scripts/demo.sh [--csv] [--output PATH] [FILE]
 # FILE is a Touchstone 1.x file (.s1p to .s99p); without one the example's own file is taken. The file becomes a
 # document that is saved, loaded and compared, and then a live one: a marker follows a parameter through changes,
 # saving and loading. Standard output carries the report, or with --csv the table, and nothing else; what
 # installing and building have to say goes to standard error, and is nothing once all is built. The exit code is
-# 1 if anything is not as it must be. The document stays in build/demo/documents.
+# 1 if anything is not as it must be. The document is kept at PATH; without one it lies in a scratch directory
+# below the directory for temporary files, which the report names, until the program runs again.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=$root/build/demo
@@ -25,12 +26,4 @@ if ! is_built; then
     } >&2
 fi
 
-name=lowpass.s2p
-for argument; do
-    case $argument in
-    -*) ;;
-    *) name=$(basename -- "$argument") ;;
-    esac
-done
-mkdir -p "$build/documents"
-exec "$build/examples/measurement/measurement" --document "$build/documents/$name.json" "$@"
+exec "$build/examples/measurement/measurement" "$@"

@@ -1,39 +1,40 @@
 #include "Document.h"
 
+#include <zelm/files/Utf8Files.h>
+#include <zelm/files/Utf8Streams.h>
 #include <zelm/json/JSONFormatter.h>
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
+#include <ios>
 #include <random>
 #include <stdexcept>
+#include <system_error>
 
 namespace measurement {
+
+using Zelm::ZPath;
+
 namespace {
 
-namespace fs = std::filesystem;
-
-/// A file of a name of its own that is gone in the end unless it was renamed.
+/// A file beside another one, of a name of its own, that is gone in the end unless it was renamed.
 class TemporaryFile {
 public:
-    explicit TemporaryFile(const std::string& target)
-        : name_(target + ".part" + std::to_string(std::random_device()())) {}
+    explicit TemporaryFile(const ZPath& target) : path_(target.parent_path()) {
+        path_ /= "measurement.part" + std::to_string(std::random_device()());
+    }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
-    ~TemporaryFile() {
-        std::error_code ignored;
-        fs::remove(name_, ignored);
-    }
+    ~TemporaryFile() { Zelm::unlink_utf8(path_); }
 
-    const fs::path& name() const { return name_; }
+    const ZPath& path() const { return path_; }
 
 private:
-    fs::path name_;
+    ZPath path_;
 };
 
-[[noreturn]] void fail(const std::string& file, const std::string& what) {
-    throw std::runtime_error(file + ": " + what);
+[[noreturn]] void fail(const ZPath& file, const std::string& what) {
+    throw std::runtime_error(file.generic().to_string() + ": " + what);
 }
 
 std::string reason() {
@@ -50,16 +51,14 @@ Measurement readDocument(std::istream& in) {
     return Measurement(Zelm::JSONFormatter().deserialize(in));
 }
 
-void saveDocument(const std::string& file, const Measurement& measurement) {
+void saveDocument(const ZPath& file, const Measurement& measurement) {
     // Renaming over a device or a pipe would replace it.
-    std::error_code ignored;
-    const fs::file_status status = fs::status(file, ignored);
-    if (fs::exists(status) && !fs::is_regular_file(status)) {
+    if (file.exists() && !file.is_regular_file()) {
         fail(file, "exists and is no regular file");
     }
     const TemporaryFile temporary(file);
     errno = 0;
-    std::ofstream out(temporary.name(), std::ios::binary);
+    Zelm::ofstream_utf8 out(temporary.path(), std::ios::out | std::ios::binary);
     if (!out) {
         fail(file, "cannot be written: " + reason());
     }
@@ -68,16 +67,16 @@ void saveDocument(const std::string& file, const Measurement& measurement) {
     if (!out) {
         fail(file, "cannot be written: " + reason());
     }
-    std::error_code error;
-    fs::rename(temporary.name(), file, error);
-    if (error) {
-        fail(file, "cannot be written: " + error.message());
+    try {
+        temporary.path().rename(file);
+    } catch (const std::system_error& error) {
+        fail(file, "cannot be written: " + error.code().message());
     }
 }
 
-Measurement loadDocument(const std::string& file) {
+Measurement loadDocument(const ZPath& file) {
     errno = 0;
-    std::ifstream in(file, std::ios::binary);
+    Zelm::ifstream_utf8 in(file, std::ios::in | std::ios::binary);
     if (!in) {
         fail(file, "cannot be read: " + reason());
     }

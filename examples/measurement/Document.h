@@ -2,6 +2,8 @@
 
 #include "Measurement.h"
 
+#include <zelm/files/ZPath.h>
+
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -13,12 +15,12 @@ void writeDocument(std::ostream& out, const Measurement& measurement);
 /// Throws what parsing throws, and `std::logic_error` if the document is no measurement.
 Measurement readDocument(std::istream& in);
 
-/// Writes the measurement to a file: under another name first, so that `file` appears whole or not
-/// at all. Throws `std::runtime_error` naming the file.
-void saveDocument(const std::string& file, const Measurement& measurement);
+/// Writes the measurement to a file: under another name in the same directory first, so that `file` appears
+/// whole or stays as it was. Throws `std::runtime_error` naming the file and the system's reason.
+void saveDocument(const Zelm::ZPath& file, const Measurement& measurement);
 
-/// Throws what reading and parsing throw, as `std::runtime_error` naming the file.
-Measurement loadDocument(const std::string& file);
+/// Throws `std::runtime_error` naming a file that cannot be opened, and what readDocument() throws.
+Measurement loadDocument(const Zelm::ZPath& file);
 
 /// What differs between a measurement that was read back and the one that was saved, whose variables these
 /// are:

@@ -8,26 +8,42 @@
 #include "Report.h"
 #include "Touchstone.h"
 
+#include <zelm/files/ScratchDirectories.h>
+#include <zelm/files/ZPath.h>
+
 #include <algorithm>
 #include <chrono>
 #include <exception>
-#include <filesystem>
 #include <iostream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace measurement {
+
+using Zelm::ZPath;
+
 namespace {
 
-constexpr const char* kUsage = "usage: measurement [--csv] [--document DOCUMENT] [FILE]";
+constexpr const char* kUsage = "usage: measurement [--csv] [--output PATH] [FILE]";
 
 struct Arguments {
     bool csv = false;
     bool help = false;
-    std::string document;
+    ZPath output; ///< empty: the document goes to a scratch directory
     std::string file = MEASUREMENT_EXAMPLE_FILE;
 };
+
+ZPath outputOf(const std::string& word) {
+    if (word.empty()) {
+        throw std::invalid_argument("--output: an empty path");
+    }
+    try {
+        return word;
+    } catch (const std::exception& error) {
+        throw std::invalid_argument(std::string("--output: ") + error.what());
+    }
+}
 
 Arguments parseArguments(const std::vector<std::string>& words) {
     Arguments arguments;
@@ -41,8 +57,8 @@ Arguments parseArguments(const std::vector<std::string>& words) {
             arguments.csv = true;
         } else if (mayBeOption && word == "--help") {
             arguments.help = true;
-        } else if (mayBeOption && word == "--document" && i + 1 < words.size()) {
-            arguments.document = words[++i];
+        } else if (mayBeOption && word == "--output" && i + 1 < words.size()) {
+            arguments.output = outputOf(words[++i]);
         } else if (hasFile || (mayBeOption && word.size() > 1 && word[0] == '-')) {
             throw std::invalid_argument(kUsage);
         } else {
@@ -50,10 +66,17 @@ Arguments parseArguments(const std::vector<std::string>& words) {
             hasFile = true;
         }
     }
-    if (arguments.document.empty()) {
-        arguments.document = std::filesystem::path(arguments.file).filename().string() + ".json";
-    }
     return arguments;
+}
+
+/// Where the document goes.
+ZPath documentOf(const Arguments& arguments) {
+    if (!arguments.output.empty()) {
+        return arguments.output;
+    }
+    ZPath document = ZPath::from_fs_path(Zelm::makeUniqueScratchDirectory("document"));
+    document /= "measurement.json";
+    return document;
 }
 
 /// Runs steps and notes how long each one took.
@@ -81,15 +104,17 @@ void run(const Arguments& arguments) {
     const Measurement measurement =
         watch.time("gather", [&] { return Measurement(file.parameter, file.ports, variables); });
     const Conversions conversions = watch.time("convert", [&] { return convert(measurement); });
+    const ZPath document = documentOf(arguments);
     const std::uintmax_t bytes = watch.time("save", [&] {
-        saveDocument(arguments.document, measurement);
-        return std::filesystem::file_size(arguments.document);
+        saveDocument(document, measurement);
+        return document.file_size();
     });
-    const Measurement loaded = watch.time("load", [&] { return loadDocument(arguments.document); });
+    const Measurement loaded = watch.time("load", [&] { return loadDocument(document); });
     const std::string difference =
         watch.time("compare", [&] { return differenceBetween(measurement, variables, loaded); });
     if (!difference.empty()) {
-        throw std::runtime_error(arguments.document + ": differs after reading it back: " + difference);
+        throw std::runtime_error(document.generic().to_string() +
+                                 ": differs after reading it back: " + difference);
     }
     const LiveRoad road = watch.time("live", [&] { return walkLiveRoad(loaded); });
     if (arguments.csv) {
@@ -98,7 +123,7 @@ void run(const Arguments& arguments) {
     }
     const double changeTime = timeOfChange(loaded);
     printReport(std::cout, arguments.file, loaded, conversions);
-    printDocument(std::cout, arguments.document, bytes, watch.times());
+    printDocument(std::cout, document.generic(), bytes, watch.times());
     std::cout << "read back  identical: the tree and all " << variables.size() << " variables\n";
     printLiveRoad(std::cout, road, changeTime);
 }

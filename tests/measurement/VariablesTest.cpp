@@ -2,13 +2,14 @@
 #include "Document.h"
 #include "Report.h"
 #include "UniformStep.h"
+#include "support/ExpectThrow.h"
 
+#include <zelm/files/ScratchDirectories.h>
 #include <zelm/units/ZUnit.h>
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <filesystem>
 #include <limits>
 #include <random>
 #include <sstream>
@@ -111,7 +112,9 @@ TEST(Csv, RowByRowInShortestNumbers) {
 }
 
 TEST(Document, ComesBackIdenticalAndShowsEveryDifference) {
-    const std::string file = ::testing::TempDir() + "measurement_document.json";
+    const Zelm::ZPath directory = Zelm::ZPath::from_fs_path(Zelm::makeUniqueScratchDirectory("Prüf stand"));
+    Zelm::ZPath file = directory;
+    file /= "Grün und weiß.json";
     const Touchstone original = readTouchstone(MEASUREMENT_EXAMPLE_FILE);
     const std::vector<NamedVariable> variables = variablesOf(original);
     const Measurement saved = measurementOf(original);
@@ -124,9 +127,18 @@ TEST(Document, ComesBackIdenticalAndShowsEveryDifference) {
     changed = original;
     changed.parameter = 'T';
     EXPECT_THROW(differenceBetween(saved, variables, measurementOf(changed)), std::runtime_error);
-    std::filesystem::remove(file);
-    EXPECT_THROW(loadDocument(file), std::runtime_error);
-    EXPECT_THROW(saveDocument("/dev/null", saved), std::runtime_error);
+
+    const auto fails = [&](const Zelm::ZPath& path, const std::string& what) {
+        const std::string text = path.generic().to_string() + ": " + what;
+        EXPECT_THROW_MSG(saveDocument(path, saved), std::runtime_error, text);
+    };
+    fails("/dev/null", "exists and is no regular file");
+    fails(directory, "exists and is no regular file");
+    fails("C:/x.json", "cannot be written: No such file or directory");
+    directory.removeAllFilesDirectoriesRecursively();
+    fails(file, "cannot be written: No such file or directory");
+    EXPECT_THROW_MSG(loadDocument(file), std::runtime_error,
+                     file.generic().to_string() + ": cannot be read: No such file or directory");
 }
 
 } // namespace
