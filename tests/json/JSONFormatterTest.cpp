@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdio>
 #include <fstream>
 #include <limits>
 #include <locale>
@@ -197,7 +196,7 @@ TEST(JSONFormatter, documents_carry_the_name_given_at_saving) {
 TEST(JSONFormatter, streams_are_read_to_their_end_and_faults_named) {
     std::istringstream twice(std::string(100000, ' ') + "// 1\n{ /* 2 */ \"name\" : \"x\" } // 3\n trailing");
     JSONFormatter formatter;
-    EXPECT_EQ(written(formatter.deserialize(twice)), "{\"name\":\"x\"}\n");
+    EXPECT_EQ(formatter.deserialize(twice).getName(), "x");
     EXPECT_THROW(formatter.deserialize(twice), std::invalid_argument);
     EXPECT_THROW_MSG(read("{\"value\":{\n\"data\":[1e+9999]}}"), std::invalid_argument,
                      "error parsing JSON: * Line 2, Column 9\n  '1e+9999' is not a number.\n");
@@ -209,10 +208,10 @@ TEST(JSONFormatter, opens_a_file_of_its_own) {
     std::ofstream(path) << "content";
     JSONFormatter formatter;
     formatter.openForRead(path);
+    EXPECT_EQ(std::ifstream(path).peek(), 'c');
     formatter.close();
     formatter.openForWrite(path);
     EXPECT_EQ(std::ifstream(path).peek(), std::ifstream::traits_type::eof());
-    std::remove(path.c_str());
 }
 
 TEST(JSONFormatter, depth_costs_no_stack_and_cells_have_a_limit) {

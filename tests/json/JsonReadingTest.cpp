@@ -56,7 +56,6 @@ TEST(JsonReading, members_are_tested_in_order) {
 ,'data':null => std::runtime_error: wellKnownType key missing in conversion from JSON
 ,'wellKnownType':'Double' => std::runtime_error: wellKnownType: Double is unknown in conversion from JSON
 ,'wellKnownType':'int32','data':[1] => std::runtime_error: Missing dimensions key in conversion from JSON
-,'wellKnownType':'int32','dimensions':['x'] => Json::LogicError: Value is not convertible to Int.
 ,'wellKnownType':'int32','dimensions':[-1] => std::runtime_error: dataOrder key missing in conversion from JSON
 ,'wellKnownType':'int32','dimensions':[1],'dataOrder':'RowMajor' => std::runtime_error: dataOrder value: RowMajor is not recognized in conversion from JSON
 ,'wellKnownType':'int32','dimensions':[1],'dataOrder':'rowMajor','data':['x',1] => std::runtime_error: Variant dimensions less than actual data items in conversion from JSON
@@ -68,12 +67,9 @@ TEST(JsonReading, members_are_tested_in_order) {
 
 TEST(JsonReading, elements_follow_the_conversions_of_the_parser) {
     expectOutcomes("{'type':'Variant','dataOrder':'rowMajor','dimensions':[2],'wellKnownType':", "}", R"(
-'double','data':[null] => [0.0,0.0]
-'bool','data':[2] => [true,false]
 'int8','data':[300,-129.9] => [44,127]
 'unsignedInt8','data':[-1] => Json::LogicError: LargestInt out of UInt range
 'complexInt8','data':[null,{'i':255,'x':0}] => [{'i':0,'real':0},{'i':-1,'real':0}]
-'zstring','data':['a\u0000b',1] => ['a\u0000b','1']
 'string16','data':[[-1,65601],null] => [[65535,65],null]
 'cell','data':[#1] => [#1,{'data':null,'type':'Variant'}]
 'struct','data':[[{'name':'n','value':[#1]},{'name':'n','value':[#2]}]] => [[{'name':'n','value':[#2]}],null]
@@ -86,7 +82,6 @@ TEST(JsonReading, trees_take_what_their_documents_have) {
     expectOutcomes("", "", R"(
 {'children':[{'name':'b'},{'name':'a','type':'T','value':#1,'children':[{}]},{'name':'a'}]} => {'children':[{'name':'a'},{'name':'b'}],'name':''}
 {'children':[{'type':'T','value':#2},null],'value':#1} => {'children':[{'name':''}],'name':'','value':#1}
-{'children':{'a':{}}} => Json::LogicError: in Json::Value::operator[](ArrayIndex): requires arrayValue
 )",
                    [](const Json::Value& json) {
                        return JSONFormatter().WritePropertyTree(JSONFormatter().ReadPropertyTree(json));

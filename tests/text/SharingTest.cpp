@@ -75,11 +75,9 @@ TEST(Sharing, AssignmentsTakeSwapAndBearThemselves) {
 
 TEST(Sharing, CutTextPaysOnceForItsStdString) {
     const ZString whole(kLong), cut = whole.substr(100, 500);
-    const char* const data = cut.data();
     EXPECT_EQ(allocationsOf([&] { cut.to_string(); }), 2);
     EXPECT_EQ(allocationsOf([&] { cut.c_str(); }), 0);
-    EXPECT_TRUE(cut.to_string() == std::string(500, 'x') && cut.data() == data);
-    EXPECT_TRUE(whole.testing_uses_this_pimpl(storageOf(cut)->parent));
+    EXPECT_TRUE(cut.to_string() == std::string(500, 'x') && cut.data() == whole.data() + 100);
 }
 
 TEST(Sharing, SoleOwnersAppendInPlaceOthersLeave) {

@@ -51,12 +51,10 @@ Sample term(int depth) {
     const auto& [symbol, reference, factor] = kSymbols[s_random() % kSymbols.size()];
     const int power = static_cast<int>(s_random() % 7) - 3;
     const double scale = std::pow(10.0, exponent) * factor;
-    if (power == 0) {
-        return {prefix + symbol, T::FindByReferenceSiString(reference).GetDimensions(), scale};
-    }
-    return {prefix + symbol + (s_random() % 2 && power > 0 ? "^+" : "^") + std::to_string(power),
-            T::FindByReferenceSiString(reference).GetDimensions() ^ power,
-            power == 2 ? scale * scale : std::pow(scale, power)};
+    const std::string text = power == 0 ? "" : (power == 3 ? "^+" : "^") + std::to_string(power);
+    return {prefix + symbol + text,
+            T::FindByReferenceSiString(reference).GetDimensions() ^ (power ? power : 1),
+            power == 2 ? scale * scale : std::pow(scale, power ? power : 1)};
 }
 
 Sample product(int depth) {

@@ -55,27 +55,23 @@ TEST(ZUnit, ConvertsNumbersAndArraysByTheFormulaToTheLastBit) {
         units.emplace_back(type, "", scale, offset, multiplier);
     }
     const std::vector<double> reals = {0.0, -0.0, 1.0, 66.1, -3.5, 1e300, 5e-324, inf, -inf, nan};
-    std::vector<Complex128> pairs;
-    for (std::size_t k = 0; k < reals.size(); ++k) {
-        pairs.emplace_back(reals[k], reals[reals.size() - 1 - k]);
-    }
-    const Variant kept(reals), keptPairs(pairs);
+    const Variant kept(reals);
     for (const ZUnit& from : units) {
         for (const ZUnit& to : units) {
             MutableVariant fresh(from.ConvertTo(to, kept)), overwritten(from.ConvertTo(to, Variant(reals)));
-            MutableVariant complex(from.ConvertTo(to, keptPairs));
             for (std::size_t k = 0; k < reals.size(); ++k) {
-                const double real = from.ConvertTo(to, reals[k]);
-                const Complex128 pair = from.ConvertTo(to, pairs[k]);
-                EXPECT_TRUE(same(real, formula(from, to, reals[k]))) << reals[k] << from << to;
-                EXPECT_TRUE(same(pair.real(), real) && same(pair.imag(), formula(from, to, pairs[k].imag())));
-                EXPECT_TRUE(&from == &to || (same(fresh.element<double>({k}), real) &&
-                                             same(overwritten.element<double>({k}), real) &&
-                                             same(complex.element<Complex128>({k}).imag(), pair.imag())));
+                const double expected = formula(from, to, reals[k]);
+                const Complex128 pair = from.ConvertTo(to, Complex128(1.0, reals[k]));
+                EXPECT_TRUE(same(from.ConvertTo(to, reals[k]), expected)) << reals[k] << from << to;
+                EXPECT_TRUE(same(pair.real(), formula(from, to, 1.0)) && same(pair.imag(), expected));
+                EXPECT_TRUE(&from == &to || (same(fresh.element<double>({k}), expected) &&
+                                             same(overwritten.element<double>({k}), expected)));
             }
         }
     }
     EXPECT_TRUE(same(MutableVariant(Variant(kept)).element<double>({4}), reals[4]));
+    const Variant complex(std::vector<Complex128>{{1.5, -2.0}, {0.0, 3.0}});
+    EXPECT_TRUE(unit("km").ConvertTo(unit("m"), complex).isIdenticalTo(complex * Variant(1000.0)));
 }
 
 TEST(ZUnit, ArraysBetweenEqualSiTextsAloneComeBackUntouched) {
@@ -101,16 +97,16 @@ TEST(ZUnit, RefusesWhatCannotBeConverted) {
 TEST(ZUnit, WritesTheKeysOfItsConstructorAndIsRebuiltFromThem) {
     const std::string numbers = "LogMultiplier:double Offset:double Scale:double SiUnits:zstring ";
     const std::string read = numbers + "UnitTypeReferenceString:zstring ";
-    const ZUnit decays(ZUnitType::Radioactivity(), "decays", 2, 3, 4);
     const std::pair<ZUnit, std::string> rows[] = {
-        {ZUnit(), ""}, {unit("V/m"), read}, {decays, "DisplayUnit:zstring " + read}};
+        {ZUnit(), ""},
+        {unit("V/m"), read},
+        {ZUnit(ZUnitType::Radioactivity(), "decays", 2, 3, 4), "DisplayUnit:zstring " + read}};
     for (const auto& [original, expected] : rows) {
         EXPECT_EQ(keys(original), expected);
         const ZPropertyHandle holder = ZGenericObject(ZObject("Holder"));
         const ZUnit rebuilt(holder.insertChild("unit", original.propertyHandle()).child("unit"));
         EXPECT_TRUE(rebuilt == original && rebuilt.GetUnitType() == original.GetUnitType());
     }
-    EXPECT_TRUE(decays.GetScale() == 2 && decays.GetOffset() == 3 && decays.GetLogMultiplier() == 4);
     ZUnit changed;
     changed.ParseAndSetSiUnits("km");
     EXPECT_EQ(keys(changed), numbers);
@@ -130,8 +126,8 @@ TEST(ZUnit, OperatorsFindTheBaseUnitOfTheResult) {
     const ZUnit kat = unit("kat");
     EXPECT_EQ(unit("km") * unit("km"), unit("m^2"));
     EXPECT_TRUE((unit("Bq") ^ 1).GetUnitType() == ZUnitType::Radioactivity());
-    EXPECT_EQ((kat * unit("T")).GetUnitType().GetName(), "(kat)*T");
-    EXPECT_EQ((kat / unit("F")).GetUnitType().GetName(), "kat/(F)");
+    EXPECT_EQ((unit("kat^41") * unit("T")).GetUnitType().GetName(), "(kat^41)*T");
+    EXPECT_EQ((unit("kat^41") / unit("F")).GetUnitType().GetName(), "kat^41/(F)");
     EXPECT_EQ((kat ^ -37).GetUnitType().GetName(), "(kat)^-37");
     EXPECT_TRUE(unit("1").GetUnitsLabel().empty() && (kat / kat).GetUnitsLabel() == "1");
 }
@@ -139,11 +135,9 @@ TEST(ZUnit, OperatorsFindTheBaseUnitOfTheResult) {
 TEST(ZUnit, DiffersByLabelNumbersAndDimensions) {
     const ZUnitType length = ZUnitType::Length(), mass = ZUnitType::Mass();
     const ZUnit unit(length, "x", 2, 3, 4);
-    for (const ZUnit& other :
-         {ZUnit(length, "y", 2, 3, 4), ZUnit(length, "x", 1, 3, 4), ZUnit(mass, "x", 2, 3, 4),
-          ZUnit(length, "x", 2, 1, 4), ZUnit(length, "x", 2, 3, 1)}) {
-        EXPECT_NE(other, unit);
-    }
+    EXPECT_TRUE(unit != ZUnit(length, "y", 2, 3, 4) && unit != ZUnit(length, "x", 1, 3, 4));
+    EXPECT_TRUE(unit != ZUnit(length, "x", 2, 1, 4) && unit != ZUnit(length, "x", 2, 3, 1));
+    EXPECT_NE(unit, ZUnit(mass, "x", 2, 3, 4));
     std::ostringstream out;
     out << unit;
     EXPECT_EQ(out.str(), "SI units=m, display label=x, scale=2\n");

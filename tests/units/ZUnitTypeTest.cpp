@@ -11,16 +11,10 @@
 namespace Zelm {
 namespace {
 
-struct Quantity {
-    const ZUnitType& (*accessor)();
-    const char* name;
-    const char* reference;
-    const char* canonical; ///< the text of the signature
-};
-
 // clang-format off
 using T = ZUnitType;
-const Quantity kQuantities[] = {
+/// The accessor, the name, the reference text and the text of the signature.
+const std::tuple<const ZUnitType& (*)(), const char*, const char*, const char*> kQuantities[] = {
     {T::Length, "length", "m", "m"}, {T::Mass, "mass", "kg", "kg"}, {T::Time, "time", "s", "s"}, {T::Area, "area", "m^2", "m^2"},
     {T::Volume, "volume", "m^3", "m^3"}, {T::PlaneAngle, "plane angle", "rad", "rad"}, {T::SolidAngle, "solid angle", "sr", "sr"},
     {T::Velocity, "velocity", "m/s", "m/s"}, {T::Acceleration, "acceleration", "m/s^2", "m/s^2"}, {T::Force, "force", "N", "m*kg/s^2"},
@@ -49,11 +43,10 @@ TEST(ZUnitDimensions, ExponentsAddSubtractMultiplyAndWrap) {
 }
 
 TEST(ZUnitType, BuiltInQuantitiesStandInTheirOrder) {
-    for (const Quantity& q : kQuantities) {
-        const ZUnitType& type = q.accessor();
-        EXPECT_TRUE(type.GetName() == q.name && type.GetReferenceSIString() == q.reference) << q.name;
-        EXPECT_EQ(type.GetDimensions().SIUnitsString(), q.canonical);
-        EXPECT_TRUE(ZUnitType::FindByReferenceSiString(q.reference) == type) << q.name;
+    for (const auto& [accessor, name, reference, signature] : kQuantities) {
+        EXPECT_TRUE(accessor().GetName() == name && accessor().GetReferenceSIString() == reference) << name;
+        EXPECT_EQ(accessor().GetDimensions().SIUnitsString(), signature);
+        EXPECT_TRUE(ZUnitType::FindByReferenceSiString(reference) == accessor()) << name;
     }
     EXPECT_EQ(ZUnitType::GetDBType(T::ElectricCurrent()), T::AmplitudeRatio);
     EXPECT_NE(ZUnitType::GetDBType(T::Power()), T::AmplitudeRatio);
