@@ -17,8 +17,12 @@ NotificationWave::~NotificationWave() {
     t_currentWave = outer_;
 }
 
+std::uint64_t NotificationWave::newNumber() noexcept {
+    return ++t_lastWave;
+}
+
 std::uint64_t NotificationWave::currentOrNew() noexcept {
-    return t_currentWave == kNone ? ++t_lastWave : t_currentWave;
+    return t_currentWave == kNone ? newNumber() : t_currentWave;
 }
 
 EntityActivities::Scope::Scope(EntityActivities& activities, EntityActivity kind, std::uint64_t wave) noexcept

@@ -20,6 +20,7 @@ public:
     NotificationWave& operator=(const NotificationWave&) = delete;
     ~NotificationWave();
 
+    static std::uint64_t newNumber() noexcept;
     /// The wave that this thread is in, or a new one.
     static std::uint64_t currentOrNew() noexcept;
 

@@ -141,8 +141,12 @@ void ZEntity<Derived, State>::publishState() {
 template <class Derived, class State>
 void ZEntity<Derived, State>::onNext(ZGenericObject state, const ZString& childName) {
     ZObject& own = body_->state;
-    own.insertOrReplaceChild(childName, std::move(state));
-    body_->stateIsMadeFromTree = false;
+    const auto* present = std::as_const(own).propertyHandle().node().children().find(childName);
+    // A link tells of every saving.
+    if (!present || *present != state.sharedNode()) {
+        own.insertOrReplaceChild(childName, std::move(state));
+        body_->stateIsMadeFromTree = false;
+    }
     body_->stream.publish(own);
 }
 

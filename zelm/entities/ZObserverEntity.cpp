@@ -19,6 +19,10 @@ ZString readableLinkedPath(const ZObserver& link) {
     }
 }
 
+void throwTooManyWays() {
+    throw std::length_error("Links hand on a change too often.");
+}
+
 std::weak_ptr<ZEntityInterface> findEntity(ZEntityInterface& start, const ZString& path) {
     const bool isAbsolute = path.starts_with("/");
     // Only the way up is const.

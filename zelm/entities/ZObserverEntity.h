@@ -20,9 +20,10 @@ namespace Zelm {
 /// target or none; onPostLoad() finds the target by it again. A link whose target cannot be found keeps the
 /// copy of its state that it has.
 ///
-/// A link is not connected to itself or to an entity above it. Where links form a longer circle, a change
-/// goes round once and stops at the link where it comes by again; each copy in the circle holds one of the
-/// change before, so that the state grows by a level with every change.
+/// A link is not connected to itself or to an entity above it. Where links form a longer circle, the one that
+/// is connected last, or that a change comes back to, stops following its target: it keeps the copy that it
+/// has, and still leads there when it is saved. Where the ways of a change multiply, so that it comes to one
+/// link more than 1000 times, it ends in `std::length_error` "Links hand on a change too often.".
 ///
 /// Setting another state on a connected link does not lead it to another target.
 template <class T>

@@ -16,6 +16,12 @@ namespace Private {
 /// The path in the metadata of a link; empty if what stands there is no text.
 ZELM_EXPORT ZString readableLinkedPath(const ZObserver& link);
 
+/// Where objects hold several links to objects that hold several links, the ways of a change through a
+/// document multiply. No link hands on one change more often than this.
+constexpr int kMostTimesInWave = 1000;
+/// Throws `std::length_error` "Links hand on a change too often.".
+[[noreturn]] ZELM_EXPORT void throwTooManyWays();
+
 /// Follows a path from `start`, see ZObserverEntity::findEntity().
 ZELM_EXPORT std::weak_ptr<ZEntityInterface> findEntity(ZEntityInterface& start, const ZString& path);
 
@@ -28,6 +34,11 @@ struct ZObserverEntity<T>::Connection {
     /// The path that came with the last state, until the next onPostLoad() or connection: saving before the
     /// link was connected takes it out of the metadata.
     ZString loadedPath;
+    /// The change by which it came out that the target depends on this link.
+    std::uint64_t circularWave = Private::NotificationWave::kNone;
+    /// The change that came last, and how often.
+    std::uint64_t lastWave = Private::NotificationWave::kNone;
+    int timesInWave = 0;
 };
 
 template <class T>
@@ -58,7 +69,8 @@ void ZObserverEntity<T>::setObserved(std::weak_ptr<ZEntityInterface> target) {
     if (!observed || this->isDescendentOf(observed.get())) {
         return;
     }
-    const Private::EntityActivities::Scope loading(this->body().activities, Private::EntityActivity::Loading);
+    auto& body = this->body();
+    const Private::EntityActivities::Scope loading(body.activities, Private::EntityActivity::Loading);
     const ZGenericObject state = observed->genericState();
     if (loading.entityIsGone()) {
         return;
@@ -68,10 +80,22 @@ void ZObserverEntity<T>::setObserved(std::weak_ptr<ZEntityInterface> target) {
     connection_->observedSubscription.unsubscribe();
     connection_->observedSubscription = std::move(subscription);
     connection_->observed = observed;
-    this->updateState(
-        [&](ZObserver* link) { static_cast<ZObject*>(link)->insertOrReplaceChild(ZObserver::Link, state); });
-    if (!loading.entityIsGone()) {
+
+    // As by updateState(), but in a wave that follow() knows.
+    const std::uint64_t wave = Private::NotificationWave::newNumber();
+    const Private::NotificationWave connecting(wave);
+    const Private::EntityActivities::Scope forwarding(body.activities, Private::EntityActivity::Forwarding,
+                                                      wave);
+    const ZObserver former = body.state;
+    ZObserver connected = former;
+    static_cast<ZObject&>(connected).insertOrReplaceChild(ZObserver::Link, state);
+    setState(static_cast<ZGenericObject>(connected));
+    connection_->loadedPath = ZString();
+    body.stream.publish(body.state);
+    if (!forwarding.entityIsGone() && connection_->circularWave == wave) {
+        setState(static_cast<ZGenericObject>(former));
         connection_->loadedPath = ZString();
+        body.stream.publish(body.state);
     }
 }
 
@@ -85,7 +109,14 @@ void ZObserverEntity<T>::follow(ZGenericObject state) {
     const std::uint64_t wave = Private::NotificationWave::currentOrNew();
     auto& activities = this->body().activities;
     if (activities.isUnderWay(Private::EntityActivity::Forwarding, wave)) {
+        connection_->circularWave = wave;
+        connection_->observedSubscription.unsubscribe();
         return;
+    }
+    connection_->timesInWave = connection_->lastWave == wave ? connection_->timesInWave + 1 : 1;
+    connection_->lastWave = wave;
+    if (connection_->timesInWave > Private::kMostTimesInWave) {
+        Private::throwTooManyWays();
     }
     const Private::EntityActivities::Scope forwarding(activities, Private::EntityActivity::Forwarding, wave);
     this->onNext(std::move(state), ZObserver::Link);

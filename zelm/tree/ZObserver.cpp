@@ -27,12 +27,12 @@ ZString ZObserver::linkedPath() const {
 }
 
 void ZObserver::setLinkedPath(ZString path) {
-    ZObjectMetadata metadata = getMetadata();
-    if (path.empty()) {
-        metadata.deleteChild(kPathKey);
-    } else {
-        metadata.setProperty(kPathKey, std::move(path));
+    if (!path.empty()) {
+        setEntry(kPathKey, path);
+        return;
     }
+    ZObjectMetadata metadata = getMetadata();
+    metadata.deleteChild(kPathKey);
     setMetadata(std::move(metadata));
 }
 
@@ -42,9 +42,17 @@ ZString ZObserver::linkType() const {
 }
 
 void ZObserver::setLinkType(ZString type) {
+    setEntry(kTypeKey, type);
+}
+
+void ZObserver::setEntry(const ZString& key, const ZString& text) {
     ZObjectMetadata metadata = getMetadata();
-    metadata.setProperty(kTypeKey, std::move(type));
-    setMetadata(std::move(metadata));
+    const Variant* present = metadata.findChildValue(key);
+    if (!present || present->wellKnownType() != WellKnownType::ZString() ||
+        present->value<ZString>() != text) {
+        metadata.setProperty(key, text);
+        setMetadata(std::move(metadata));
+    }
 }
 
 } // namespace Zelm

@@ -34,6 +34,11 @@ public:
     ZString linkType() const;
     /// Records the object type of the linked object.
     void setLinkType(ZString type);
+
+private:
+    /// Stores a text in the metadata, unless it is there already: whoever saves a document again and again
+    /// then makes no new versions of it.
+    void setEntry(const ZString& key, const ZString& text);
 };
 
 } // namespace Zelm
