@@ -7,12 +7,12 @@
 
 #include <support/ChildProcess.h>
 #include <support/ExpectThrow.h>
+#include <support/Threads.h>
 
 #include <utf8.h>
 
 #include <array>
 #include <fstream>
-#include <future>
 
 using namespace Zelm;
 using namespace Zelm::Environment;
@@ -125,16 +125,14 @@ TEST_F(MachineValues, AreLookedForOnceInTheLifeOfAProcess) {
 TEST_F(MachineValues, ServeThreadsAtOnceBesideVariables) {
     write("shared", "abc");
     inChild([] {
-        std::vector<std::future<void>> threads;
-        for (int i = 0; i < 4; ++i) {
-            threads.push_back(std::async(std::launch::async, [name = "Zelm" + std::to_string(i)] {
-                for (std::size_t round = 0; round < 100; ++round) {
-                    EXPECT_EQ(getenv_check_registry_zstring("shared"), "abc");
-                    putenv_zstring(name, std::string(round, 'x'));
-                    EXPECT_EQ(getenv_zstring(name).size(), round);
-                }
-            }));
-        }
+        onFourThreads([](int thread) {
+            const ZString name("Zelm" + std::to_string(thread));
+            for (std::size_t round = 0; round < 100; ++round) {
+                EXPECT_EQ(getenv_check_registry_zstring("shared"), "abc");
+                putenv_zstring(name, std::string(round, 'x'));
+                EXPECT_EQ(getenv_zstring(name).size(), round);
+            }
+        });
     });
 }
 

@@ -6,10 +6,10 @@
 
 #include <support/ChildProcess.h>
 #include <support/ExpectThrow.h>
+#include <support/Threads.h>
 
 #include <array>
 #include <fstream>
-#include <future>
 #include <map>
 #include <mutex>
 #include <set>
@@ -200,11 +200,16 @@ TEST_F(Scratch, FollowsNoLinkThatOthersHavePlanted) {
     });
     if (::geteuid() == 0) {
         inChild([&] {
-            fs::create_symlink(target, processDirectory(base_));
-            fs::create_directory(base_ / dead_);
-            ASSERT_TRUE(becomeNobody());
-            expectFailure("x", kNotCreated, processDirectory(base_));
-            EXPECT_NE(modeOf(base_ / dead_), 0u);
+            // Nobody may have no way to the directory but from inside.
+            fs::current_path(temporary_);
+            ::setenv("TMPDIR", ".", 1);
+            const fs::path base = "./app", another = base / std::to_string(::getppid());
+            fs::create_symlink(target, processDirectory(base));
+            fs::create_directory(another);
+            fs::create_directory(base / dead_);
+            ASSERT_TRUE(::chown(another.c_str(), kNobody, kNobody) == 0 && becomeNobody());
+            expectFailure("x", kNotCreated, processDirectory(base));
+            EXPECT_TRUE(modeOf(base / dead_) != 0 && modeOf(another) != 0);
         });
         fs::remove_all(base_);
         fs::create_symlink(target, base_);
@@ -218,22 +223,18 @@ TEST_F(Scratch, GivesThreadsDirectoriesOfTheirOwn) {
     inChild([] {
         std::mutex mutex;
         std::map<std::string, int> uses;
-        std::vector<std::future<void>> threads;
-        for (int i = 0; i < 4; ++i) {
-            threads.push_back(std::async(std::launch::async, [&, own = std::to_string(i) + "."] {
-                for (int round = 0; round < 40; ++round) {
-                    const std::string name = round % 2 ? own : "common";
-                    try {
-                        const std::string made = makeUniqueScratchDirectory(name).u8string();
-                        const std::lock_guard lock(mutex);
-                        EXPECT_EQ(++uses[made], 1);
-                    } catch (const std::runtime_error&) {
-                        EXPECT_EQ(name, "common");
-                    }
+        onFourThreads([&](int thread) {
+            for (int round = 0; round < 40; ++round) {
+                const std::string name = round % 2 ? "common" : std::to_string(thread) + ".";
+                try {
+                    const std::string made = makeUniqueScratchDirectory(name).u8string();
+                    const std::lock_guard lock(mutex);
+                    EXPECT_EQ(++uses[made], 1);
+                } catch (const std::runtime_error&) {
+                    EXPECT_EQ(name, "common");
                 }
-            }));
-        }
-        threads.clear();
+            }
+        });
         EXPECT_GT(uses.size(), 80u);
     });
 }

@@ -6,6 +6,7 @@
 
 #include <sys/stat.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -79,7 +80,7 @@ ZELM_EXPORT void testing_setMachineStoreRoot(ZStringView directory);
 
 long long currentProcessId();
 /// Whether a process has this id: never a negative one, always 0. One of another user counts.
-bool isProcessAlive(long long id);
+bool isProcessAlive(std::int32_t id);
 /// The name of the running program's file.
 FilesystemPath programFile();
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <limits>
 #include <unistd.h>
 
 namespace Zelm::details::platform {
@@ -12,15 +11,12 @@ long long currentProcessId() {
     return ::getpid();
 }
 
-bool isProcessAlive(long long id) {
+bool isProcessAlive(std::int32_t id) {
     // To the system an id below 1 means a group of processes.
     if (id <= 0) {
         return id == 0;
     }
-    if (id > std::numeric_limits<pid_t>::max()) {
-        return false;
-    }
-    return ::kill(static_cast<pid_t>(id), 0) == 0 || errno == EPERM;
+    return ::kill(id, 0) == 0 || errno == EPERM;
 }
 
 FilesystemPath programFile() {
