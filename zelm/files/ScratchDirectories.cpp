@@ -81,7 +81,7 @@ ZScratchDirectories::ZScratchDirectories(const ZString& application, const ZStri
         base_ /= std::u16string_view(u"Scratch");
     }
     makeSharedLevels(temporary.native().size());
-    platform::removeEntries(base_, isStale);
+    platform::removeEntries(temporary, base_, isStale);
     process_ = base_ / FilesystemPath::fromNarrow(std::to_string(processId_));
     if (platform::makeDirectory(process_, kPrivate) || !platform::isPrivateDirectory(process_)) {
         throwNotCreated(process_);

@@ -22,8 +22,8 @@ ZELM_EXPORT void setScratchDirectoryAppName(ZString application, ZString subdire
 /// next one tries again; a process that was forked begins anew.
 ///
 /// Users share all levels above that of the process, which is this user's alone; who made the shared ones
-/// first could still redirect them. All names are text of the system, UTF-8 here, used as they are: one with
-/// ".." in it leads out of the directory of the process.
+/// first could still have directories made elsewhere, but nothing removed. All names are text of the system,
+/// UTF-8 here, used as they are: one with ".." in it leads out of the directory of the process.
 ///
 /// Two threads that ask for the same name at once may find the same one free; then one of them fails.
 ///

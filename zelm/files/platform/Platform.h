@@ -52,8 +52,10 @@ bool isPrivateDirectory(const FilesystemPath& path);
 bool isForeignLink(const FilesystemPath& path);
 /// Removes each entry of a directory whose name `isWanted` tells, with all that is in it: links themselves
 /// and never what they lead to, also while others change the tree. What cannot be removed, or lies more than
-/// 256 levels deep, stays. A directory that cannot be read has no entries.
-void removeEntries(const FilesystemPath& directory, bool (*isWanted)(std::string_view name));
+/// 256 levels deep, stays. The path of the directory begins with `trusted`, and behind that no foreign link
+/// is followed. A directory that cannot be read has no entries.
+void removeEntries(const FilesystemPath& trusted, const FilesystemPath& directory,
+                   bool (*isWanted)(std::string_view name));
 
 /// Whether a variable is set, if only to an empty text; then its value. Never for what can be no name. These
 /// two calls may be made by several threads at once.
