@@ -2,7 +2,9 @@
 #include <zelm/files/FilesystemError.h>
 #include <zelm/files/platform/Platform.h>
 
+#include <cstddef>
 #include <optional>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -23,11 +25,10 @@ void check(std::error_code code, const char* text, const FilesystemPath& a, cons
 }
 
 /// A failure to make a directory counts unless something else has its name.
-bool isMade(bool made, std::error_code code, const char* text, const FilesystemPath& path) {
+void checkMade(std::error_code code, const char* text, const FilesystemPath& path) {
     if (code && !platform::isSomethingAt(path)) {
         throw FilesystemError(text, path, code);
     }
-    return made && !code;
 }
 
 /// A path that the system has told.
@@ -40,11 +41,14 @@ FilesystemPath told(const std::filesystem::path& path, std::error_code code, con
 
 /// Without the elements "." at the end, a separator at the end among them: behind them a link counts as what
 /// it leads to.
-FilesystemPath withoutFinalDots(FilesystemPath path) {
-    while (path.filenameView() == u"." && !path.parent_path().empty()) {
-        path = path.parent_path();
+FilesystemPath withoutFinalDots(const FilesystemPath& path) {
+    std::size_t end = path.rootPathView().size();
+    for (auto element = path.beginBehindRoot(); element != path.end(); ++element) {
+        if (const std::u16string_view name = *element; name != u".") {
+            end = static_cast<std::size_t>(name.data() + name.size() - path.native().data());
+        }
     }
-    return path;
+    return end > 0 ? FilesystemPath(std::u16string_view(path.native()).substr(0, end)) : path;
 }
 
 } // namespace
@@ -53,16 +57,16 @@ std::filesystem::file_type fileTypeOf(const FilesystemPath& path) {
     return platform::fileType(path);
 }
 
-bool createDirectory(const FilesystemPath& path) {
+void createDirectory(const FilesystemPath& path) {
     std::error_code code;
-    const bool made = std::filesystem::create_directory(platform::systemPath(path), code);
-    return isMade(made, code, "create_directory(p): invalid argument", path);
+    std::filesystem::create_directory(platform::systemPath(path), code);
+    checkMade(code, "create_directory(p): invalid argument", path);
 }
 
-bool createDirectories(const FilesystemPath& path) {
+void createDirectories(const FilesystemPath& path) {
     std::error_code code;
-    const bool made = std::filesystem::create_directories(platform::systemPath(path), code);
-    return isMade(made, code, "create_directories(p): invalid argument", path);
+    std::filesystem::create_directories(platform::systemPath(path), code);
+    checkMade(code, "create_directories(p): invalid argument", path);
 }
 
 bool removePath(const FilesystemPath& path) {
@@ -72,12 +76,10 @@ bool removePath(const FilesystemPath& path) {
     return removed;
 }
 
-std::uintmax_t removeAll(const FilesystemPath& path) {
+void removeAll(const FilesystemPath& path) {
     std::error_code code;
-    const std::uintmax_t count =
-        std::filesystem::remove_all(platform::systemPath(withoutFinalDots(path)), code);
+    std::filesystem::remove_all(platform::systemPath(withoutFinalDots(path)), code);
     check(code, "remove_all(p): invalid argument", path);
-    return count;
 }
 
 void renamePath(const FilesystemPath& from, const FilesystemPath& to) {

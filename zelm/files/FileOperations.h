@@ -1,6 +1,5 @@
 #pragma once
 
-#include <zelm/Export.h>
 #include <zelm/files/FilesystemPath.h>
 
 #include <cstdint>
@@ -15,13 +14,13 @@ std::filesystem::file_type fileTypeOf(const FilesystemPath& path);
 /// The operations of the standard library; each throws FilesystemError `<name>(p): invalid argument` if the
 /// system refuses, and `<name>(p1, p2): invalid arguments` for two paths.
 
-/// False if something is there already.
-bool createDirectory(const FilesystemPath& path);
-bool createDirectories(const FilesystemPath& path);
+/// Nothing happens if something is there already.
+void createDirectory(const FilesystemPath& path);
+void createDirectories(const FilesystemPath& path);
 /// False if there is nothing. A link is removed itself.
 bool removePath(const FilesystemPath& path);
 /// Removes what is at the path with all that is in it, links themselves and never what they lead to.
-std::uintmax_t removeAll(const FilesystemPath& path);
+void removeAll(const FilesystemPath& path);
 void renamePath(const FilesystemPath& from, const FilesystemPath& to);
 std::uintmax_t fileSize(const FilesystemPath& path);
 bool areEquivalent(const FilesystemPath& a, const FilesystemPath& b);

@@ -154,7 +154,7 @@ public:
     bool is_readable() const;
     bool is_writable() const;
     /// Whether it is the same file: by equal_filenames() of the complete paths, otherwise by the disk. False
-    /// if either is missing.
+    /// if either is missing. Throws as current_path().
     bool equivalent(const ZPath& other);
 
     /// Whether this is a directory afterwards. Throws "create_directory(p): invalid argument" unless
