@@ -1,6 +1,7 @@
-// Paths by their text: against tables, and against a model that splits them by a regular expression.
+// Paths by their text: against tables, and against a model of their grammar.
 
 #include <zelm/files/ZPath.h>
+#include <zelm/text/TextConversions.h>
 
 #include <support/Allocations.h>
 #include <support/ExpectThrow.h>
@@ -8,11 +9,9 @@
 #include <utf8.h>
 
 #include <algorithm>
-#include <limits>
+#include <cctype>
 #include <random>
-#include <regex>
 #include <stdexcept>
-#include <type_traits>
 #include <vector>
 
 using namespace Zelm;
@@ -32,42 +31,64 @@ ZPath raw(const std::string& path) {
     return ZPath::from_fs_path(FilesystemPath::fromNarrow(path));
 }
 
-std::string lined(const Names& names) {
-    std::string result;
-    for (const std::string& each : names) {
-        result += (result.empty() ? "" : "\\") + each;
+/// What `action` makes of the columns of each row is its last column. '|' is between them.
+template <class Action>
+void expectLast(const std::vector<std::string>& rows, Action&& action) {
+    for (const std::string& row : rows) {
+        const Names columns = tokenize_to_std(row, "|", true);
+        EXPECT_EQ(ZString(action(columns)), columns.back()) << row;
     }
-    return result;
 }
 
-std::string upper(std::string ascii) {
-    std::transform(ascii.begin(), ascii.end(), ascii.begin(),
-                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
-    return ascii;
+bool areEqual(const std::string& a, const std::string& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char x, char y) { return std::toupper(x) == std::toupper(y); });
+}
+
+bool isSeparator(char c) {
+    return c == '/' || c == '\\';
+}
+
+bool beginsWithDrive(const std::string& path) {
+    return path.size() > 1 && std::isalpha(path[0]) && path[1] == ':';
 }
 
 struct Model {
     std::string name, directory;
     Names names;
 
-    explicit Model(const std::string& path) {
-        static const std::regex root(R"(([A-Za-z]:|[/\\]{2}[^/\\]+)?([/\\]?)[/\\]*(.*))"),
-            element(R"([^/\\]+|[/\\]+$)"), separators(R"([/\\]+)");
-        std::smatch parts;
-        std::regex_match(path, parts, root);
-        name = parts[1], directory = parts[2];
-        const std::string rest = parts[3];
-        for (std::sregex_iterator at(rest.begin(), rest.end(), element), end; at != end; ++at) {
-            names.push_back(std::regex_replace(at->str(), separators, "."));
+    explicit Model(std::string path) {
+        const auto take = [&path](std::size_t count) {
+            const std::string taken = path.substr(0, count);
+            path.erase(0, count);
+            return taken;
+        };
+        const std::size_t leading = std::min(path.find_first_not_of("/\\"), path.size());
+        const bool server = leading == 2 && path.size() > 2;
+        name = take(beginsWithDrive(path) ? 2 : server ? path.find_first_of("/\\", 2) : 0);
+        directory = take(!path.empty() && isSeparator(path[0]) ? 1 : 0);
+        while (take(path.find_first_not_of("/\\")), !path.empty()) {
+            names.push_back(take(path.find_first_of("/\\")));
+            if (!path.empty() && path.find_first_not_of("/\\") == path.npos) {
+                names.push_back(".");
+            }
         }
     }
 
     static std::string joined(const std::string& a, const std::string& b) {
-        static const std::regex complete(R"(([A-Za-z]:)?|.*[/\\])"), rooted(R"(([/\\].*)?)");
-        return a + (std::regex_match(a, complete) || std::regex_match(b, rooted) ? "" : "\\") + b;
+        const bool complete = a.empty() || isSeparator(a.back()) || (a.size() == 2 && beginsWithDrive(a)) ||
+                              b.empty() || isSeparator(b[0]);
+        return a + (complete ? "" : "\\") + b;
     }
 
-    static std::string normal(const Names& names) {
+    static std::string joined(std::string root, const Names& names) {
+        for (const std::string& each : names) {
+            root = joined(root, each);
+        }
+        return root;
+    }
+
+    std::string normal() const {
         Names up, stack;
         for (const std::string& each : names) {
             if (each == ".." && !stack.empty()) {
@@ -76,43 +97,39 @@ struct Model {
                 (each == ".." ? up : stack).push_back(each);
             }
         }
-        up.insert(up.end(), stack.begin(), stack.end());
-        return lined(up);
+        return joined(joined(name + directory, up), stack);
     }
-    std::string normal() const { return name + directory + normal(names); }
 
-    std::string resolved(const Model& a, const std::string& base, const std::string& other) const {
+    std::string resolved(const std::string& base, const std::string& other) const {
+        const Model own(base);
         if (name.empty()) {
-            return Model(joined(directory.empty() ? base : a.name, other)).normal();
+            return Model(joined(directory.empty() ? base : own.name, other)).normal();
         }
-        if (!directory.empty() || (!a.name.empty() && upper(a.name) != upper(name))) {
+        if (!directory.empty() || (!own.name.empty() && !areEqual(own.name, name))) {
             return normal();
         }
-        return Model(joined(joined(joined(name, a.directory), lined(a.names)), lined(names))).normal();
+        return Model(joined(joined(joined(name, own.directory), own.names), names)).normal();
     }
 
     /// "-" in front of this path where there is no way.
     std::string from(const Model& base, int maxUp) const {
         std::size_t same = 0;
-        while (same < std::min(names.size(), base.names.size()) &&
-               upper(names[same]) == upper(base.names[same])) {
+        while (same < std::min(names.size(), base.names.size()) && areEqual(names[same], base.names[same])) {
             ++same;
         }
         Names way(base.names.size() - same, "..");
-        const bool tooFar = !way.empty() && static_cast<long>(way.size()) > maxUp;
-        if (directory.empty() || upper(name + directory) != upper(base.name + base.directory) || same == 0 ||
-            tooFar) {
+        if (directory.empty() || !areEqual(name + directory, base.name + base.directory) || same == 0 ||
+            (!way.empty() && static_cast<long>(way.size()) > maxUp)) {
             return "-" + normal();
         }
         way.insert(way.end(), names.begin() + static_cast<long>(same), names.end());
-        return normal(way);
+        return Model(joined("", way)).normal();
     }
 };
 
 std::string relative(const ZPath& target, const ZPath& base, int maxUp) {
     bool ok = maxUp % 2 == 0;
     const std::string result = text(ZPath::make_relative_path(target, base, &ok, maxUp));
-    EXPECT_EQ(text(ZPath::make_relative_path(target, base, nullptr, maxUp)), result);
     return (ok ? "" : "-") + result;
 }
 
@@ -128,92 +145,105 @@ std::u16string folded(const std::u16string& whole) {
     return result;
 }
 
-/// What `action` makes of each row is the last of the row.
-template <class Action>
-void expectLast(const std::vector<Names>& rows, Action&& action) {
-    for (const Names& row : rows) {
-        EXPECT_EQ(ZString(action(row)), row.back()) << row[0] << ' ' << row[1];
-    }
-}
-
-template <class T, class = void>
-constexpr bool kIsComparable = false;
-template <class T>
-constexpr bool kIsComparable<T, std::void_t<decltype(std::declval<T>() == std::declval<T>())>> = true;
-// Whoever compares paths has to say how.
-static_assert(kIsComparable<FilesystemPath> && !kIsComparable<ZPath> &&
-              !std::is_constructible_v<ZPath, FilesystemPath>);
-
 } // namespace
 
-// clang-format off
 TEST(Path, TellsItsParts) {
     // Path, root name, root directory, parent, filename, stem, extension.
-    const Names rows[] = {
-        {"", "", "", "", "", "", ""}, {"a", "", "", "", "a", "a", ""}, {"\\", "", "\\", "\\", "", "", ""}, {"\\\\", "", "\\", "\\", "", "", ""},
-        {"\\\\\\a", "", "\\", "\\", "a", "a", ""}, {"Z:", "Z:", "", "Z:", "Z:", "Z:", ""}, {"a:a.b.c", "a:", "", "a:", "a.b.c", "a.b", ".c"},
-        {"z:\\", "z:", "\\", "z:\\", "", "", ""}, {"[:", "", "", "", "[:", "[:", ""}, {"C:/\\a//b", "C:", "/", "C:/a", "b", "b", ""}, {"\\\\s", "\\\\s", "", "\\\\s", "\\\\s", "\\\\s", ""},
-        {"//s\\t\\u", "//s", "\\", "//s\\t", "u", "u", ""}, {"1:\\a", "", "", "1:", "a", "a", ""}, {"\\C:\\b", "", "\\", "\\C:", "b", "b", ""},
-        {"a\\b\\", "", "", "a\\b", "", "", ""}, {"a\\.", "", "", "a", "", "", ""}, {"a\\..", "", "", "a", "", "", ""}, {"a.", "", "", "", "a.", "a", "."},
-        {"x\\.profile", "", "", "x", ".profile", "", ".profile"}, {"a.txt", "", "", "", "a.txt", "a", ".txt"}, {"a.b\\c", "", "", "a.b", "c", "c", ""}};
-    for (const Names& row : rows) {
-        const ZPath p = raw(row[0]);
-        EXPECT_EQ((Names{row[0], text(p.root_name()), text(p.root_directory()), text(p.parent_path()), text(p.filename()), text(p.stem()), text(p.extension())}), row);
-        EXPECT_EQ((std::vector<bool>{p.has_root_name(), p.has_root_directory(), p.has_parent_path(), p.has_filename(), p.has_stem(), p.has_extension(), p.has_root_path(), p.has_relative_path(), p.is_absolute(), p.is_relative()}),
-                  (std::vector<bool>{!row[1].empty(), !row[2].empty(), !row[3].empty(), !row[4].empty(), !row[5].empty(), !row[6].empty(), !p.root_path().empty(), !p.relative_path().empty(), !row[2].empty(), row[2].empty()})) << row[0];
+    for (const char* const row : {R"(||||||)",
+                                  R"(a||||a|a|)",
+                                  R"(\||\|\|||)",
+                                  R"(\\||\|\|||)",
+                                  R"(\\\a||\|\|a|a|)",
+                                  R"(Z:|Z:||Z:|Z:|Z:|)",
+                                  R"(a:a.b.c|a:||a:|a.b.c|a.b|.c)",
+                                  R"(z:\|z:|\|z:\|||)",
+                                  R"([:||||[:|[:|)",
+                                  R"(C:/\a//b|C:|/|C:/a|b|b|)",
+                                  R"(\\s|\\s||\\s|\\s|\\s|)",
+                                  R"(//s\t\u|//s|\|//s\t|u|u|)",
+                                  R"(1:\a|||1:|a|a|)",
+                                  R"(\C:\b||\|\C:|b|b|)",
+                                  R"(a\b\|||a\b|||)",
+                                  R"(a\.|||a|||)",
+                                  R"(a\..|||a|||)",
+                                  R"(a.||||a.|a|.)",
+                                  R"(x\.profile|||x|.profile||.profile)",
+                                  R"(a.b\c|||a.b|c|c|)"}) {
+        const Names columns = tokenize_to_std(row, "|", true);
+        const ZPath p = raw(columns[0]);
+        const Names parts{
+            columns[0],         text(p.root_name()), text(p.root_directory()), text(p.parent_path()),
+            text(p.filename()), text(p.stem()),      text(p.extension())};
+        EXPECT_EQ(parts, columns);
+        const bool has[] = {!p.empty(),       p.has_root_name(), p.has_root_directory(), p.has_parent_path(),
+                            p.has_filename(), p.has_stem(),      p.has_extension()};
+        EXPECT_TRUE(std::equal(parts.begin(), parts.end(), has, [](const std::string& part, bool there) {
+            return part.empty() != there;
+        })) << row;
+        EXPECT_TRUE(p.is_absolute() == has[2] && p.is_relative() != has[2] &&
+                    p.has_root_path() == (has[1] || has[2]))
+            << row;
     }
 }
 
 TEST(Path, ChangesByTheRules) {
-    expectLast({{"a", "\\b", "a\\b"}, {"a", "", "a"}, {"", "a", "a"}, {"a", "b", "a\\b"}, {"a\\", "b", "a\\b"}, {"C:", "a", "C:a"},
-                {"C:", "\\a", "C:\\a"}, {"ab:", "c", "ab:\\c"}, {"\\\\s", "a", "\\\\s\\a"}, {"a", "C:b", "a\\C:b"}},
+    expectLast({R"(a|\b|a\b)", R"(a||a)", R"(|a|a)", R"(a|b|a\b)", R"(a\|b|a\b)", R"(C:|a|C:a)",
+                R"(C:|\a|C:\a)", R"(ab:|c|ab:\c)", R"(\\s|a|\\s\a)", R"(a|C:b|a\C:b)"},
                [](const Names& row) { return ZPath(row[0]) /= row[1]; });
-    expectLast({{"a\\.\\b\\..\\c", "a\\c"}, {"..\\..\\a", "..\\..\\a"}, {"a\\..\\..\\b", "..\\b"}, {"C:\\a\\..\\..", "C:\\.."}, {"a\\b\\", "a\\b"},
-                {"C:a\\.\\b", "C:a\\b"}, {"C:\\..\\a", "C:\\..\\a"}, {"a\\..", ""}, {".", ""}, {"\\\\s\\\\a\\..", "\\\\s\\"}, {"C:a\\..\\b", "C:b"}},
+    expectLast({R"(a\.\b\..\c|a\c)", R"(..\..\a|..\..\a)", R"(a\..\..\b|..\b)", R"(C:\a\..\..|C:\..)",
+                R"(a\b\|a\b)", R"(C:a\.\b|C:a\b)", R"(C:\..\a|C:\..\a)", R"(a\..|)", R"(\\s\\a\..|\\s\)",
+                R"(.\C:\b|C:b)"},
                [](const Names& row) { return ZPath(row[0]).normalize(); });
-    const std::vector<Names> resolved = {{"C:\\a", "b", "C:\\a\\b"}, {"C:\\a", "\\b", "C:\\b"}, {"C:\\a", "D:\\b", "D:\\b"}, {"C:\\a", "C:b", "C:\\a\\b"}, {"C:\\a", "D:b", "D:b"},
-        {"c:\\a", "C:b", "C:\\a\\b"}, {"a", "C:b", "C:a\\b"}, {"\\a", "C:b", "C:\\a\\b"}, {"\\\\s\\a", "\\b", "\\\\s\\b"}, {"a\\b", "..\\..\\..", ".."}};
+    const std::vector<std::string> resolved = {R"(C:\a|b|C:\a\b)",   R"(C:\a|\b|C:\b)",  R"(C:\a|D:\b|D:\b)",
+                                               R"(C:\a|C:b|C:\a\b)", R"(C:\a|D:b|D:b)",  R"(c:\a|C:b|C:\a\b)",
+                                               R"(a|C:b|C:a\b)",     R"(\\s\a|\b|\\s\b)"};
     expectLast(resolved, [](const Names& row) { return ZPath::resolve_relative_path(row[1], row[0]); });
     expectLast(resolved, [](const Names& row) { return ZPath(row[0]).append_path(row[1]); });
-    expectLast({{"C:\\a\\b\\c", "C:\\a\\d", "5", "..\\b\\c"}, {"C:\\a\\b\\c", "C:\\a\\d", "0", "-C:\\a\\b\\c"}, {"C:\\x\\y", "C:\\a\\b", "5", "-C:\\x\\y"}, {"D:\\x\\.\\y", "C:\\x", "5", "-D:\\x\\y"},
-                {"a\\b", "a", "5", "-a\\b"}, {"C:a\\b", "C:a", "5", "-C:a\\b"}, {"C:\\a\\b", "c:\\A\\B", "-2147483648", ""}, {"C:\\a", "C:\\", "5", "-C:\\a"},
-                {"C:\\a\\b", "C:\\a\\", "1", "..\\b"}, {"\\a\\b", "\\a\\.\\c\\..", "2", "-\\a\\b"}, {"\\a\\b", "\\a\\.\\c\\..", "3", "..\\..\\..\\b"}},
+    expectLast({R"(C:\a\b\c|C:\a\d|5|..\b\c)", R"(C:\a\b\c|C:\a\d|0|-C:\a\b\c)", R"(C:\x\y|C:\a\b|5|-C:\x\y)",
+                R"(D:\x\.\y|C:\x|5|-D:\x\y)", R"(a\b|a|5|-a\b)", R"(C:a\b|C:a|5|-C:a\b)",
+                R"(C:\a\b|c:\A\B|-2147483648|)", R"(C:\a|C:\|5|-C:\a)", R"(C:\a\b|C:\a\|1|..\b)",
+                R"(\a\b|\a\.\c\..|2|-\a\b)", R"(\a\b|\a\.\c\..|3|..\..\..\b)"},
                [](const Names& row) { return relative(row[0], row[1], std::stoi(row[2])); });
-    expectLast({{"a.b", "txt", "a.txt"}, {"a.b", ".txt", "a.txt"}, {"a\\b\\", "t", "a\\b\\.t"}, {"C:\\x.y\\z", "t", "C:\\x.y\\z.t"}, {".profile", "", ""},
-                {"..", "", "."}, {"a\\.profile", "", "a\\"}, {"", "", ""}, {"a.b\\c", "", "a.b\\c"}, {"a.b.c", "", "a.b"}, {"abc", "", "abc"}},
+    EXPECT_EQ(text(ZPath::make_relative_path("\\a\\b", "\\a", nullptr, 0)), "b");
+    expectLast({R"(a.b|txt|a.txt)", R"(a.b|.txt|a.txt)", R"(a\b\|t|a\b\.t)", R"(C:\x.y\z|t|C:\x.y\z.t)",
+                R"(.profile||)", R"(..||.)", R"(a\.profile||a\)", R"(||)", R"(a.b\c||a.b\c)", R"(a.b.c||a.b)",
+                R"(abc||abc)"},
                [](const Names& row) { return ZPath(row[0]).replace_extension(row[1]); });
-    expectLast({{"a\\b", "a\\"}, {"a\\b\\", "a\\b"}, {"\\a", "\\"}, {"C:\\\\", "C:"}, {"C:a", "C:"}, {"C:", ""}, {"\\\\", ""}, {"", ""}},
+    expectLast({R"(a\b|a\)", R"(a\b\|a\b)", R"(\a|\)", R"(C:\\|C:)", R"(C:a|C:)", R"(C:|)", R"(\\|)", R"(|)"},
                [](const Names& row) { return ZPath(row[0]).remove_filename(); });
+    expectLast({R"(a|a\)", "a/|a/", R"(|\)"}, [](const Names& row) { return ZPath::add_separator(row[0]); });
     FilesystemPath twice(u"a path of some length");
     EXPECT_EQ((twice /= twice).u8string(), "a path of some length\\a path of some length");
-    EXPECT_EQ(text(ZPath("a.b").remove_extension() += "+") + ZPath::add_separator("a") + ZPath::add_separator("a/") + ZPath::add_separator(""), ZString("a+a\\a/\\"));
-    EXPECT_TRUE(ZPath::ends_with_separator("/") && raw("a/").ends_with_separator() && !ZPath::ends_with_separator("") && !ZPath().ends_with_separator());
+    EXPECT_EQ(text(ZPath("a.b").remove_extension() += "+"), "a+");
+    EXPECT_TRUE(raw("a/").ends_with_separator() && !ZPath::ends_with_separator(""));
 }
 
 TEST(Path, AgreesWithAModelOnRandomText) {
     std::mt19937 random(10);
-    const char* const pieces[] = {"a", "B", "b", ".", "..", "/", "\\", "\\", "\\", "\\a\\", "C:", "c:", "D:\\", "\\\\s"};
+    const char* const pieces[] = {"a",  "B",  "b",     ".",  "..", "/",    "\\",
+                                  "\\", "\\", "\\a\\", "C:", "c:", "D:\\", "\\\\s"};
     const auto randomPath = [&](std::string path) {
         for (auto count = random() % 9; count > 0; --count) {
             path += pieces[random() % std::size(pieces)];
         }
         return path;
     };
-    for (int i = 0; i < 4000; ++i) {
+    for (int i = 0; i < 20000; ++i) {
         const std::string a = randomPath(""), b = randomPath(a.substr(0, random() % 9));
+        SCOPED_TRACE(a + ' ' + b);
         const Model model(a), other(b);
         Names elements = model.names, found;
         elements.insert(elements.begin(), model.directory.empty() ? 0 : 1, model.directory);
         elements.insert(elements.begin(), model.name.empty() ? 0 : 1, model.name);
         const FilesystemPath path = raw(a);
-        std::transform(path.begin(), path.end(), std::back_inserter(found), [](std::u16string_view e) { return FilesystemPath(e).u8string(); });
-        EXPECT_EQ(found, elements) << a;
-        EXPECT_EQ(text(raw(a).normalize()), model.normal()) << a;
-        EXPECT_EQ(text(raw(a).resolve_path(raw(b))), other.resolved(model, a, b)) << a << ' ' << b;
+        for (const std::u16string_view element : path) {
+            found.push_back(FilesystemPath(element).u8string());
+        }
+        EXPECT_EQ(found, elements);
+        EXPECT_EQ(text(raw(a).normalize()), model.normal());
+        EXPECT_EQ(text(raw(a).resolve_path(raw(b))), other.resolved(a, b));
         const int maxUp = static_cast<int>(random() % 5) - 1;
-        EXPECT_EQ(relative(raw(a), raw(b), maxUp), model.from(other, maxUp)) << a << ' ' << b;
-        const Names parents(model.names.begin(), model.names.end() - (model.names.empty() ? 0 : 1));
-        EXPECT_EQ(text(raw(a).parent_path()), Model::joined(model.name + model.directory, lined(parents))) << a;
+        EXPECT_EQ(relative(raw(a), raw(b), maxUp), model.from(other, maxUp));
     }
 }
 
@@ -221,10 +251,13 @@ TEST(Path, ComparesWithoutRegardToCase) {
     EXPECT_EQ(ZPath::compare_filenames("C:\\X", "c:/x"), 0);
     EXPECT_EQ(ZPath::compare_filenames("ab", "a_"), -1);
     EXPECT_EQ(ZPath::compare_filenames("\xF0\x90\x80\x80", "\xEF\xBF\xBD"), -1);
-    EXPECT_TRUE(ZPath::equal_filenames(ZString("a\0b"), "A") && ZPath("A").equal_filenames(ZString("a\0b")) && !raw("a/b").equal_filenames("a\\b"));
-    EXPECT_TRUE(ZPath("C:\\ABC").starts_with("c:\\ab") && ZPath("abc").starts_with(ZString("A\0x")) && !ZPath("ab").starts_with("abc"));
+    EXPECT_TRUE(ZPath::equal_filenames(ZString("a\0b"), "A") && ZPath("A").equal_filenames(ZString("a\0b")) &&
+                !raw("a/b").equal_filenames("a\\b"));
+    EXPECT_TRUE(ZPath("C:\\ABC").starts_with("c:\\ab") && ZPath("abc").starts_with(ZString("A\0x")) &&
+                !ZPath("ab").starts_with("abc"));
     std::mt19937 random(3);
-    const std::u16string units = u"_\0\0`{\xF7\xDF\x1E9E\x131\x17F\xD800\xD801\xDC28\xDC00\xFFFF"s.append(kSmall).append(kCapital);
+    const std::u16string units =
+        u"_\0\0`{\xF7\xDF\x1E9E\x131\x17F\xD800\xD801\xDC28\xDC00\xFFFF"s.append(kSmall).append(kCapital);
     for (int i = 0; i < 20000; ++i) {
         std::u16string a, b;
         for (auto bits = random() % 64; bits > 0; bits /= 2) {
@@ -233,7 +266,10 @@ TEST(Path, ComparesWithoutRegardToCase) {
         const ZPath left = ZPath::from_fs_path(a), right = ZPath::from_fs_path(b);
         int order = 0;
         bool starts = false;
-        EXPECT_EQ(allocationsOf([&] { order = ZPath::compare_filenames(left, right), starts = left.starts_with(right); }), 0);
+        EXPECT_EQ(allocationsOf([&] {
+                      order = ZPath::compare_filenames(left, right), starts = left.starts_with(right);
+                  }),
+                  0);
         const int difference = folded(a).compare(folded(b));
         EXPECT_EQ(order, (difference > 0) - (difference < 0));
         EXPECT_EQ(starts, folded(a).compare(0, folded(b).size(), folded(b)) == 0);
@@ -242,20 +278,29 @@ TEST(Path, ComparesWithoutRegardToCase) {
 
 TEST(Path, ConvertsBetweenEncodings) {
     const ZPath path("a/\xC3\xA4/\xE2\x82\xAC\\\xF0\x9F\x98\x80/");
-    const ZString native = "a\\\xC3\xA4\\\xE2\x82\xAC\\\xF0\x9F\x98\x80\\", generic = "a/\xC3\xA4/\xE2\x82\xAC/\xF0\x9F\x98\x80/";
-    EXPECT_TRUE(path.u16string() == u"a\\\xE4\\\x20AC\\\xD83D\xDE00\\" && path.generic_u16string() == u"a/\xE4/\x20AC/\xD83D\xDE00/");
-    EXPECT_TRUE(path.wstring() == L"a\\\xE4\\\x20AC\\\x1F600\\" && path.generic_wstring() == L"a/\xE4/\x20AC/\x1F600/");
+    const ZString native = "a\\\xC3\xA4\\\xE2\x82\xAC\\\xF0\x9F\x98\x80\\",
+                  generic = "a/\xC3\xA4/\xE2\x82\xAC/\xF0\x9F\x98\x80/";
+    EXPECT_TRUE(path.u16string() == u"a\\\xE4\\\x20AC\\\xD83D\xDE00\\" &&
+                path.generic_u16string() == u"a/\xE4/\x20AC/\xD83D\xDE00/");
+    EXPECT_TRUE(path.wstring() == L"a\\\xE4\\\x20AC\\\x1F600\\" &&
+                path.generic_wstring() == L"a/\xE4/\x20AC/\x1F600/");
     EXPECT_EQ(ZString(path), native);
-    EXPECT_TRUE(path.string() == native && path.u8string() == native && path.native() == native && path.fs_path().u8string() == native);
-    EXPECT_TRUE(path.generic() == generic && path.generic_string() == generic && path.generic_u8string() == generic && path.fs_path().generic_u8string() == generic);
+    EXPECT_TRUE(path.string() == native && path.u8string() == native && path.native() == native &&
+                path.fs_path().u8string() == native);
+    EXPECT_TRUE(path.generic() == generic && path.generic_string() == generic &&
+                path.generic_u8string() == generic && path.fs_path().generic_u8string() == generic);
     EXPECT_EQ(std::filesystem::path(path.fs_path()), generic.to_string());
-    EXPECT_EQ(text(ZPath("a/b")) + text(ZPath("a\0/"s)) + text(ZPath(ZStringLiteral("a/b"))) + text(raw("a/b")), "a\\ba\0\\a\\ba/b"s);
+    EXPECT_EQ(text(ZPath("a/b")) + text(ZPath("a\0/"s)) + text(ZPath(ZStringLiteral("a/b"))) +
+                  text(raw("a/b")),
+              "a\\ba\0\\a\\ba/b"s);
     EXPECT_EQ(FilesystemPath::fromSystem("a/\xC3\xA4"), FilesystemPath(u"a\\\xE4"));
     EXPECT_THROW_MSG(ZPath("/\xFF"), utf8::invalid_utf8, "Invalid UTF-8");
     EXPECT_THROW_MSG(ZPath("\xED\xA0\x80"), utf8::invalid_code_point, "Invalid code point");
     EXPECT_THROW_MSG(ZPath("a\xE2\x82"), utf8::not_enough_room, "Not enough space");
-    EXPECT_THROW_MSG(FilesystemPath::fromNarrow("\xFF"), std::invalid_argument, "invalid char filename argument");
-    EXPECT_THROW_MSG(FilesystemPath::fromSystem("a\xC3"), std::invalid_argument, "invalid char filename argument");
+    EXPECT_THROW_MSG(FilesystemPath::fromNarrow("\xFF"), std::invalid_argument,
+                     "invalid char filename argument");
+    EXPECT_THROW_MSG(FilesystemPath::fromSystem("a\xC3"), std::invalid_argument,
+                     "invalid char filename argument");
     const FilesystemPath broken(u"a\xDE00\xD83D");
     EXPECT_EQ(broken.wstring(), std::wstring({L'a', wchar_t{0xDE00}, wchar_t{0xD83D}}));
     EXPECT_THROW_MSG(ZPath::from_fs_path(broken).native(), utf8::invalid_utf16, "Invalid UTF-16");
@@ -266,13 +311,15 @@ TEST(Path, ConvertsBetweenEncodings) {
 TEST(Path, IsCompletedByTheWorkingDirectory) {
     const std::string here = text(ZPath::current_path());
     EXPECT_EQ(here, text(ZPath(std::filesystem::current_path().string())));
-    const std::vector<Names> rows = {{"", here}, {"a\\..\\b", here + "\\b"}, {"\\a\\.", "\\a"}, {"D:foo", "D:\\foo"}, {"D:\\foo\\", "D:\\foo"}, {"\\\\s", "\\\\s\\"}};
+    const std::vector<std::string> rows = {"|" + here,        R"(a\..\b|)" + here + "\\b", R"(\a\.|\a)",
+                                           R"(D:foo|D:\foo)", R"(D:\foo\|D:\foo)",         R"(\\s|\\s\)"};
     expectLast(rows, [](const Names& row) { return ZPath(row[0]).complete_path(); });
     expectLast(rows, [](const Names& row) { return ZPath(row[0]).physical_path(); });
     EXPECT_EQ(text(ZPath("\\a\\.").system_complete()), "\\a\\.");
-    EXPECT_TRUE(ZPath("C:\\abc").is_contained_within_path("C:\\ab") && ZPath("a\\b").is_contained_within_path_physical(ZPath::current_path()) && !ZPath("a\\..\\..").is_contained_within_path("."));
+    EXPECT_TRUE(ZPath("C:\\abc").is_contained_within_path("C:\\ab") &&
+                ZPath("a\\b").is_contained_within_path_physical(ZPath::current_path()) &&
+                !ZPath("a\\..\\..").is_contained_within_path("."));
     ZPath dot("."), missing("no such thing");
     EXPECT_TRUE(dot.equivalent("/proc/self/cwd") && missing.equivalent("x\\..\\NO such thing"));
     EXPECT_FALSE(missing.equivalent("nor this") || dot.equivalent("..") || dot.equivalent("C:\\"));
 }
-// clang-format on

@@ -57,7 +57,8 @@ private:
     std::size_t end_;
 };
 
-/// Nothing unless both have the same root and first name and at most `maxUp` steps lead up.
+/// The way, not normalised; nothing unless both have the same root and first name and at most `maxUp` steps
+/// lead up.
 std::optional<std::u16string> wayBetween(const FilesystemPath& base, const FilesystemPath& target,
                                          int maxUp) {
     if (!base.is_absolute() || !target.is_absolute() ||
@@ -83,9 +84,8 @@ std::optional<std::u16string> wayBetween(const FilesystemPath& base, const Files
         way += u"..\\";
     }
     for (; down != target.end(); ++down) {
-        way.append(*down) += FilesystemPath::preferred_separator;
+        details::joinPath(way, *down);
     }
-    Normalizer(way, 0).run();
     return way;
 }
 
@@ -138,6 +138,10 @@ ZPath& ZPath::normalize() {
     std::u16string text = std::move(path_).take();
     Normalizer(text, rootEnd).run();
     path_ = std::move(text);
+    if (rootEnd == 0 && path_.has_root_directory()) {
+        // The first name looks like a drive, behind which none is joined with a separator.
+        path_ = path_.root_name() /= path_.relative_path();
+    }
     return *this;
 }
 
@@ -171,10 +175,7 @@ ZPath ZPath::make_relative_path(const ZPath& target, const ZPath& base, bool* ok
     if (ok) {
         *ok = way.has_value();
     }
-    if (way) {
-        return from_fs_path(*std::move(way));
-    }
-    ZPath result = target;
+    ZPath result = way ? from_fs_path(*std::move(way)) : target;
     result.normalize();
     return result;
 }
