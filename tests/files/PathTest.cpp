@@ -205,6 +205,8 @@ TEST(Path, AgreesWithAModelOnRandomText) {
 
 TEST(Path, ComparesWithoutRegardToCase) {
     EXPECT_EQ(ZPath::compare_filenames("\xF0\x90\x80\x80", "\xEF\xBF\xBD"), -1);
+    EXPECT_EQ(ZPath::compare_filenames("C:\\X", "c:/x"), 0);
+    EXPECT_EQ(ZPath::compare_filenames("ab", "a_"), -1);
     EXPECT_TRUE(ZPath::equal_filenames(ZString("a\0b"), "A") && ZPath("A").equal_filenames(ZString("a\0b")) &&
                 !raw("a/b").equal_filenames("a\\b"));
     EXPECT_TRUE(ZPath("C:\\ABC").starts_with("c:\\ab") && ZPath("abc").starts_with(ZString("A\0x")) &&

@@ -5,6 +5,7 @@
 #include <zelm/files/ZPath.h>
 #include <zelm/text/TextConversions.h>
 
+#include <cassert>
 #include <optional>
 
 namespace Zelm {
@@ -105,7 +106,7 @@ ZPath::ZPath(const ZString& text) : path_(decoded({text.data(), text.size()})) {
 
 ZPath::ZPath(const std::string& text) : path_(decoded(text)) {}
 
-ZPath::ZPath(const char* text) : path_(decoded(text)) {}
+ZPath::ZPath(const char* text) : path_((assert(text), decoded(text))) {}
 
 ZString ZPath::native() const {
     return convertUtf16ToZString(path_.native());
