@@ -1,10 +1,10 @@
 #include <zelm/files/PathText.h>
 #include <zelm/text/AsciiCase.h>
+#include <zelm/text/Utf16.h>
 
 #include <utf8.h>
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 namespace Zelm::details {
@@ -54,14 +54,7 @@ std::u16string decodePath(std::string_view text, Separators separators) {
 }
 
 std::string encodePath(std::u16string_view text, Separators separators) {
-    std::string result;
-    if (isAscii(text.data(), text.size())) {
-        result.assign(text.begin(), text.end());
-    } else {
-        result.reserve(text.size());
-        utf8::utf16to8(text.begin(), text.end(), std::back_inserter(result));
-    }
-    return turned(std::move(result), separators);
+    return turned(utf16ToUtf8(text), separators);
 }
 
 std::wstring widenPath(std::u16string_view text, Separators separators) {

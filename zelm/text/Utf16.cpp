@@ -1,5 +1,6 @@
 #include <zelm/text/AsciiCase.h>
 #include <zelm/text/TextConversions.h>
+#include <zelm/text/Utf16.h>
 
 #include <utf8.h>
 
@@ -19,15 +20,18 @@ std::u16string convertZStringToUtf16(const ZString& text) {
     return result;
 }
 
-ZString convertUtf16ToZString(const std::u16string& text) {
-    std::string result;
+std::string details::utf16ToUtf8(std::u16string_view text) {
     if (isAscii(text.data(), text.size())) {
-        result.assign(text.begin(), text.end());
-    } else {
-        result.reserve(text.size());
-        utf8::utf16to8(text.begin(), text.end(), std::back_inserter(result));
+        return std::string(text.begin(), text.end());
     }
-    return ZString(std::move(result));
+    std::string result;
+    result.reserve(text.size());
+    utf8::utf16to8(text.begin(), text.end(), std::back_inserter(result));
+    return result;
+}
+
+ZString convertUtf16ToZString(const std::u16string& text) {
+    return ZString(details::utf16ToUtf8(text));
 }
 
 } // namespace Zelm
