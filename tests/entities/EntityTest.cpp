@@ -124,12 +124,19 @@ TEST(Entity, may_be_emptied_or_destroyed_by_its_subscribers) {
 }
 // clang-format on
 
+#ifdef RXCPP_RX_HPP
+// RxCpp itself ends the program where it cannot subscribe.
+constexpr bool kMayFailToSubscribe = false;
+#else
+constexpr bool kMayFailToSubscribe = true;
+#endif
+
 TEST(Entity, dropped_children_are_detached_wherever_memory_is_short) {
     const Document state = read("{a:{} l:>{}}");
     bool hasFailed = true;
     for (int count = 0; hasFailed; ++count) {
         hasFailed = false;
-        for (const bool isNewState : {true, false}) {
+        for (const bool isNewState : {kMayFailToSubscribe, false}) {
             auto owner = std::make_unique<DocumentEntity>("owner", state);
             const auto held = owner->body().children;
             const ZGenericObject other = read("{c:1}");

@@ -20,14 +20,25 @@ namespace Private {
 ZELM_EXPORT void requireSameRxCpp(const rxcpp::composite_subscription& anyOne);
 [[gnu::used]] static void (*const kRequireSameRxCpp)(const rxcpp::composite_subscription&) = requireSameRxCpp;
 
+/// Ends a lifetime also where memory is short: its observers are silent then, although what they captured may
+/// stay in a list until that is next renewed.
+inline void endLifetime(const rxcpp::composite_subscription& lifetime) noexcept {
+    try {
+        lifetime.unsubscribe();
+    } catch (...) {
+        // RxCpp marks the lifetime first and makes a new list afterwards.
+    }
+}
+
 } // namespace Private
 
 /// The outlet of an entity. Values reach the subscribers on the calling thread, in order of subscription,
 /// before publish() returns.
 ///
-/// RxCpp ends the program when a subscriber throws, and when a value is published while another one is still
-/// going round, the later subscribers see the new value first and the old one last. With publish() and
-/// subscribe() there is neither; who subscribes at the subject itself gets RxCpp's behaviour.
+/// RxCpp ends the program when a subscriber throws or finds no memory to subscribe, and when a value is
+/// published while another one is still going round, the later subscribers see the new value first and the
+/// old one last. With publish() and subscribe() neither does a handler end it nor an old value come last; who
+/// subscribes at the subject itself gets RxCpp's behaviour.
 ///
 /// One thread at a time publishes; any thread may subscribe and unsubscribe. `T` is a cheap handle that has a
 /// default value.

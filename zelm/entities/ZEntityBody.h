@@ -24,7 +24,7 @@ struct ZEntityBody {
     ZEntityBody(const ZEntityBody&) = delete;
     ZEntityBody& operator=(const ZEntityBody&) = delete;
     ~ZEntityBody() {
-        parentSubscription.unsubscribe();
+        Private::endLifetime(parentSubscription);
         Private::detachChildEntities(children, owner);
     }
 

@@ -158,7 +158,7 @@ void ZEntity<Derived, State>::setParent(ZEntityInterface* parent) {
         subscription = body_->stream.connect(
             [this](ZGenericObject state) { body_->parent->onNext(std::move(state), name()); });
     }
-    body_->parentSubscription.unsubscribe();
+    Private::endLifetime(body_->parentSubscription);
     body_->parentSubscription = std::move(subscription);
     body_->parent = parent;
 }

@@ -49,7 +49,7 @@ ZObserverEntity<T>::ZObserverEntity(ZString name, ZObserver state)
 
 template <class T>
 ZObserverEntity<T>::~ZObserverEntity() {
-    connection_->observedSubscription.unsubscribe();
+    Private::endLifetime(connection_->observedSubscription);
 }
 
 template <class T>
@@ -77,7 +77,7 @@ void ZObserverEntity<T>::setObserved(std::weak_ptr<ZEntityInterface> target) {
     }
     auto subscription =
         observed->stream().connect([this](ZGenericObject newState) { follow(std::move(newState)); });
-    connection_->observedSubscription.unsubscribe();
+    Private::endLifetime(connection_->observedSubscription);
     connection_->observedSubscription = std::move(subscription);
     connection_->observed = observed;
 
@@ -110,7 +110,7 @@ void ZObserverEntity<T>::follow(ZGenericObject state) {
     auto& activities = this->body().activities;
     if (activities.isUnderWay(Private::EntityActivity::Forwarding, wave)) {
         connection_->circularWave = wave;
-        connection_->observedSubscription.unsubscribe();
+        Private::endLifetime(connection_->observedSubscription);
         return;
     }
     connection_->timesInWave = connection_->lastWave == wave ? connection_->timesInWave + 1 : 1;
@@ -162,7 +162,7 @@ void ZObserverEntity<T>::removeExternalLinks(ZEntityInterface* root) {
         return;
     }
     connection_->observed.reset();
-    connection_->observedSubscription.unsubscribe();
+    Private::endLifetime(connection_->observedSubscription);
 }
 
 template <class T>
