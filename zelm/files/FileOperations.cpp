@@ -53,10 +53,6 @@ FilesystemPath withoutFinalDots(const FilesystemPath& path) {
 
 } // namespace
 
-std::filesystem::file_type fileTypeOf(const FilesystemPath& path) {
-    return platform::fileType(path);
-}
-
 void createDirectory(const FilesystemPath& path) {
     std::error_code code;
     std::filesystem::create_directory(platform::systemPath(path), code);

@@ -3,13 +3,8 @@
 #include <zelm/files/FilesystemPath.h>
 
 #include <cstdint>
-#include <filesystem>
 
 namespace Zelm::details {
-
-/// What lies at a path, links followed; `unknown` where that cannot be found out, `not_found` for a path that
-/// can name nothing here. Never throws for a failed query.
-std::filesystem::file_type fileTypeOf(const FilesystemPath& path);
 
 /// The operations of the standard library; each throws FilesystemError `<name>(p): invalid argument` if the
 /// system refuses, and `<name>(p1, p2): invalid arguments` for two paths.

@@ -38,7 +38,7 @@ FilesystemPath narrowPath(const ZString& text) {
 }
 
 bool isDirectory(const FilesystemPath& path) {
-    return fileTypeOf(path) == std::filesystem::file_type::directory;
+    return platform::fileType(path) == std::filesystem::file_type::directory;
 }
 
 /// Reads what `strtol` reads to the end where a `long` has 32 bits; false for all else.

@@ -19,15 +19,15 @@ bool isThere(file_type type) noexcept {
 } // namespace
 
 bool ZPath::exists() const {
-    return isThere(details::fileTypeOf(path_));
+    return isThere(details::platform::fileType(path_));
 }
 
 bool ZPath::is_directory() const {
-    return details::fileTypeOf(path_) == file_type::directory;
+    return details::platform::fileType(path_) == file_type::directory;
 }
 
 bool ZPath::is_regular_file() const {
-    return details::fileTypeOf(path_) == file_type::regular;
+    return details::platform::fileType(path_) == file_type::regular;
 }
 
 bool ZPath::is_readable() const {
@@ -70,7 +70,7 @@ bool ZPath::delete_directory() const {
 }
 
 bool ZPath::delete_file() const {
-    const file_type type = details::fileTypeOf(path_);
+    const file_type type = details::platform::fileType(path_);
     return isThere(type) && type != file_type::directory && details::removePath(path_);
 }
 

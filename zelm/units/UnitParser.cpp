@@ -18,7 +18,7 @@ struct Prefix {
     double factor;
 };
 
-// Tried from the first to the last: "da" has to stand before "d".
+// Tried from the first to the last. "da" is never taken for "d", since no symbol begins with "a".
 constexpr Prefix kPrefixes[] = {
     {"Y", "yatto", 1e24},  {"Z", "zetta", 1e21}, {"E", "exa", 1e18},    {"P", "peta", 1e15},
     {"T", "tera", 1e12},   {"G", "giga", 1e9},   {"M", "mega", 1e6},    {"k", "kilo", 1e3},
