@@ -1,9 +1,12 @@
 #include "Compare.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
-#include <limits>
 #include <map>
+#include <memory>
+#include <set>
+#include <string>
 #include <vector>
 
 namespace Zelm::Bench {
@@ -16,11 +19,37 @@ constexpr const char* kPeer = "/peer";
 struct Row {
     std::string name;
     double goal;
+    double limit; // nanoseconds; none if there is a peer
 };
 
 std::vector<Row>& rows() {
     static std::vector<Row> all;
     return all;
+}
+
+/// Has `check` pass once before the first measurement of a row.
+std::function<void(benchmark::State&)> checked(std::function<bool()> check,
+                                               std::function<void(benchmark::State&)> measure) {
+    return [check = std::move(check), measure = std::move(measure),
+            isRight = std::make_shared<bool>()](benchmark::State& state) {
+        if (!*isRight && !(*isRight = check())) {
+            state.SkipWithError("The results differ.");
+            return;
+        }
+        measure(state);
+    };
+}
+
+std::string time(double nanoseconds) {
+    constexpr const char* kUnits[] = {"ns", "µs", "ms", "s"};
+    std::size_t unit = 0;
+    while (nanoseconds >= 1000 && unit + 1 < std::size(kUnits)) {
+        nanoseconds /= 1000;
+        ++unit;
+    }
+    char text[32];
+    std::snprintf(text, sizeof text, unit < 2 ? "%.1f %s" : "%.2f %s", nanoseconds, kUnits[unit]);
+    return text;
 }
 
 /// Keeps the shortest time of each benchmark: what disturbs a run only ever makes it longer.
@@ -30,40 +59,63 @@ public:
 
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const Run& run : runs) {
-            if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
-                double& shortest =
-                    nanoseconds_.emplace(run.run_name.function_name, std::numeric_limits<double>::infinity())
-                        .first->second;
+            const std::string& name = run.run_name.function_name;
+            if (run.error_occurred) {
+                if (failed_.insert(name).second) {
+                    std::fprintf(stderr, "%s: %s\n", name.c_str(), run.error_message.c_str());
+                }
+            } else if (run.run_type == Run::RT_Iteration) {
+                double& shortest = nanoseconds_.emplace(name, kNoGoal).first->second;
                 shortest = std::min(shortest, run.GetAdjustedCPUTime() /
                                                   benchmark::GetTimeUnitMultiplier(run.time_unit) * 1e9);
             }
         }
     }
 
+    bool failed() const noexcept { return !failed_.empty(); }
+
     void printTable() const {
-        std::printf("%-58s %12s %12s %7s %6s  %s\n", "", "ours [ns]", "peer [ns]", "ratio", "goal", "");
+        std::printf("| ours / peer | ours | peer | ratio | goal | |\n|---|---|---|---|---|---|\n");
         for (const Row& row : rows()) {
-            const auto ours = nanoseconds_.find(row.name + kOurs);
-            const auto peer = nanoseconds_.find(row.name + kPeer);
-            if (ours == nanoseconds_.end() || peer == nanoseconds_.end()) {
+            const double ours = timeOf(row.name + kOurs);
+            const double peer = std::isnan(row.limit) ? timeOf(row.name + kPeer) : row.limit;
+            const double ratio = ours / peer;
+            if (std::isnan(ratio)) {
                 continue;
             }
-            const double ratio = ours->second / peer->second;
-            std::printf("%-58s %12.1f %12.1f %7.2f %6.2f  %s\n", row.name.c_str(), ours->second, peer->second,
-                        ratio, row.goal, ratio <= row.goal ? "met" : "missed");
+            char figures[64];
+            if (row.goal == kNoGoal) {
+                std::snprintf(figures, sizeof figures, "%.2f | |", ratio);
+            } else {
+                std::snprintf(figures, sizeof figures, "%.2f | %.3g | %s", ratio, row.goal,
+                              ratio <= row.goal ? "met" : "missed");
+            }
+            std::printf("| %s | %s | %s | %s |\n", row.name.c_str(), time(ours).c_str(), time(peer).c_str(),
+                        figures);
         }
     }
 
 private:
+    double timeOf(const std::string& benchmark) const {
+        const auto found = nanoseconds_.find(benchmark);
+        return found == nanoseconds_.end() ? std::nan("") : found->second;
+    }
+
     std::map<std::string, double> nanoseconds_;
+    std::set<std::string> failed_;
 };
 
 } // namespace
 
-Comparison::Comparison(const std::string& row, double goal, Function ours, Function peer) {
-    rows().push_back({row, goal});
-    benchmark::RegisterBenchmark((row + kOurs).c_str(), ours);
-    benchmark::RegisterBenchmark((row + kPeer).c_str(), peer);
+void Comparison::add(const std::string& row, double goal, Benchmark ours, Benchmark peer, Check check) {
+    rows().push_back({row, goal, std::nan("")});
+    benchmark::RegisterBenchmark((row + kOurs).c_str(), checked(std::move(check), std::move(ours)));
+    benchmark::RegisterBenchmark((row + kPeer).c_str(), std::move(peer));
+}
+
+void Comparison::addLimit(const std::string& row, double nanoseconds, Benchmark ours, Check check) {
+    rows().push_back({row, 1.0, nanoseconds});
+    benchmark::RegisterBenchmark((row + kOurs).c_str(), checked(std::move(check), std::move(ours)));
 }
 
 } // namespace Zelm::Bench
@@ -76,5 +128,5 @@ int main(int argc, char** argv) {
     Zelm::Bench::ShortestTimes times;
     benchmark::RunSpecifiedBenchmarks(&times);
     times.printTable();
-    return 0;
+    return times.failed() ? 1 : 0;
 }

@@ -52,54 +52,53 @@ Folder nestedFolders() {
 
 const Comparison change(
     "change 5 levels down, 10 children a level / tree path", 3.0,
-    [](benchmark::State& state) {
-        FolderEntity root("root", nestedFolders());
-        std::shared_ptr<ZEntityInterface> entity = root.getChild(childName(0)).lock();
+    [] {
+        const auto root = std::make_shared<FolderEntity>("root", nestedFolders());
+        std::shared_ptr<ZEntityInterface> entity = root->getChild(childName(0)).lock();
         for (std::size_t level = 1; level < kDepth; ++level) {
             entity = entity->getChild(childName(0)).lock();
         }
-        auto& leaf = dynamic_cast<ZVariableEntity&>(*entity);
-        const ZVariable next[] = {leaf, ZVariable(Variant(2.0), ZUnit::FromSiString("V"))};
-        std::size_t turn = 0;
-        repeat(state, [&] {
-            leaf.updateState([&](ZVariable* variable) { *variable = next[++turn % 2]; });
+        const auto leaf = std::dynamic_pointer_cast<ZVariableEntity>(entity);
+        const std::vector<ZVariable> next = {*leaf, ZVariable(Variant(2.0), ZUnit::FromSiString("V"))};
+        return [root, leaf, next, turn = std::size_t{0}]() mutable {
+            leaf->updateState([&](ZVariable* variable) { *variable = next[++turn % 2]; });
             return 0;
-        });
+        };
     },
-    [](benchmark::State& state) {
-        ZPropertyHandle root = nestedFolders().propertyHandle();
+    [] {
+        const ZPropertyHandle first = nestedFolders().propertyHandle();
         const std::vector<ZString> path(kDepth - 1, childName(0));
         const ZPropertyHandle leaf = ZVariable(Variant(2.0), ZUnit::FromSiString("V")).propertyHandle();
-        repeat(state, [&] {
+        return [=, root = first]() mutable {
             root = ZPropertyHandle::withMutation(root.basis(), [&](ZMutablePropertyTree& version) {
                 version.handle(path).attachChild(childName(0), leaf);
                 return version.handle();
             });
             return 0;
-        });
-    });
+        };
+    },
+    Anything());
 
 /// Sets states of `count` children, as often as makes 10,000 children.
 template <std::size_t count>
-void setStates(benchmark::State& state) {
+auto setStates() {
     const ZVariable child(Variant(1.0), ZUnit::FromSiString("V"));
     const ZVariable other(Variant(2.0), ZUnit::FromSiString("V"));
-    const Folder states[] = {folderOf(count, child), folderOf(count, other)};
-    FolderEntity root("root", states[0]);
-    std::size_t turn = 0;
-    repeat(state, [&] {
+    const std::vector<Folder> states = {folderOf(count, child), folderOf(count, other)};
+    const auto root = std::make_shared<FolderEntity>("root", states[0]);
+    return [=, turn = std::size_t{0}]() mutable {
         for (std::size_t done = 0; done < 10000; done += count) {
-            root.setState(states[++turn % 2]);
+            root->setState(states[++turn % 2]);
         }
         return 0;
-    });
+    };
 }
 
 // A cost that grows in proportion to the children makes 1; what it costs more is memory that fits no cache.
 const Comparison thousand("setState of 1000 children / of 100, per child", 1.5, setStates<1000>,
-                          setStates<100>);
+                          setStates<100>, Anything());
 const Comparison tenThousand("setState of 10,000 children / of 100, per child", 3.0, setStates<10000>,
-                             setStates<100>);
+                             setStates<100>, Anything());
 
 } // namespace
 } // namespace Zelm::Bench

@@ -15,20 +15,24 @@ namespace {
 
 constexpr const char kName[] = "ZELM_BENCH_VARIABLE";
 
-template <std::size_t size>
-void ours(benchmark::State& state) {
-    ::setenv(kName, std::string(size, 'x').c_str(), 1);
-    repeat(state, [] { return Environment::getenv_zstring(kName); });
+bool sameText(const ZString& ours, const QString& peer) {
+    return ours == peer.toStdString();
 }
 
 template <std::size_t size>
-void peer(benchmark::State& state) {
+auto ours() {
     ::setenv(kName, std::string(size, 'x').c_str(), 1);
-    repeat(state, [] { return qEnvironmentVariable(kName); });
+    return [=] { return Environment::getenv_zstring(kName); };
 }
 
-const Comparison word("variable of 10 bytes / qEnvironmentVariable", 0.6, ours<10>, peer<10>);
-const Comparison path("variable of 60 bytes / qEnvironmentVariable", 0.6, ours<60>, peer<60>);
+template <std::size_t size>
+auto peer() {
+    ::setenv(kName, std::string(size, 'x').c_str(), 1);
+    return [] { return qEnvironmentVariable(kName); };
+}
+
+const Comparison word("variable of 10 bytes / qEnvironmentVariable", 0.6, ours<10>, peer<10>, sameText);
+const Comparison path("variable of 60 bytes / qEnvironmentVariable", 0.6, ours<60>, peer<60>, sameText);
 
 } // namespace
 } // namespace Zelm::Bench

@@ -8,6 +8,7 @@
 
 #include <rxcpp/rx.hpp>
 
+#include <memory>
 #include <string>
 
 namespace Zelm::Bench {
@@ -24,33 +25,32 @@ struct RxCpp {
 };
 
 template <class Library, int Observers>
-void publish(benchmark::State& state) {
+auto publish() {
     const typename Library::Subject subject;
-    const auto subscriber = subject.get_subscriber();
-    int sum = 0;
+    const auto sum = std::make_shared<int>(0);
     for (int i = 0; i < Observers; ++i) {
-        subject.get_observable().subscribe([&sum](const int& value) { sum += value; });
+        subject.get_observable().subscribe([sum](const int& value) { *sum += value; });
     }
-    for (auto _ : state) {
+    return [subject, subscriber = subject.get_subscriber(), sum] {
         subscriber.on_next(1);
-        benchmark::DoNotOptimize(sum);
-    }
+        return *sum;
+    };
 }
 
 template <class Library, int Others>
-void comeAndGo(benchmark::State& state) {
+auto comeAndGo() {
     const typename Library::Subject subject;
     const auto observable = subject.get_observable();
-    int sum = 0;
-    const auto observer = [&sum](const int& value) { sum += value; };
+    const auto observer = [](const int& value) { benchmark::DoNotOptimize(value); };
     for (int i = 0; i < Others; ++i) {
         observable.subscribe(observer);
     }
-    for (auto _ : state) {
+    return [subject, observable, observer] {
         const typename Library::Lifetime lifetime;
         observable.subscribe(lifetime, observer);
         lifetime.unsubscribe();
-    }
+        return lifetime.is_subscribed();
+    };
 }
 
 template <int Observers>

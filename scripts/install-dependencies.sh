@@ -11,7 +11,10 @@ case $purpose in
 build) ;;
 test) packages+=(libgtest-dev) ;;
 check) packages+=(libgtest-dev clang clang-format) ;;
-bench) packages+=(libbenchmark-dev libeigen3-dev qtbase5-dev) ;;
+bench)
+    packages+=(libbenchmark-dev libeigen3-dev libxtensor-dev rapidjson-dev nlohmann-json3-dev libsimdjson-dev
+        libudunits2-dev libabsl-dev qtbase5-dev)
+    ;;
 *)
     echo "usage: $0 [build|test|check|bench]" >&2
     exit 1
