@@ -31,6 +31,11 @@ TEST(Numbers, AreReadByTheirGrammarAsTheNearest) {
     for (int round = 0; round < 30000; ++round) {
         texts.push_back(randomText(random, random() % 7, "001.5 e+\n-E\t"));
     }
+    for (std::uint64_t whole = std::uint64_t{1} << 52; whole < std::uint64_t{1} << 54; whole += whole / 99) {
+        for (const char* const end : {"", ".5", ".49999999999999999", "5e-1", ".500e+00", "e-320"}) {
+            texts.push_back(std::to_string(whole | 1) + end); // half-way or next to it
+        }
+    }
     for (const std::string& text : texts) {
         SCOPED_TRACE('"' + text + '"');
         const bool valid = std::regex_match(text, number);
@@ -66,16 +71,27 @@ TEST(Numbers, AreWrittenAsPrintfDoes) {
     std::mt19937_64 random(2);
     for (int round = 0; round < 40000; ++round) {
         const std::uint64_t bits = random();
-        double value = static_cast<double>(static_cast<std::int32_t>(bits)) / 1000;
-        if (random() % 3) {
-            std::memcpy(&value, &bits, sizeof value);
-        }
+        const double powerOfTen =
+            std::strtod(("1e" + std::to_string(static_cast<int>(bits % 640) - 325)).c_str(), nullptr);
+        const double powerOfTwo = std::ldexp(1, static_cast<int>(bits % 2098) - 1074);
+        double any = 0;
+        std::memcpy(&any, &bits, sizeof any);
+        const double values[] = {any,
+                                 static_cast<double>(static_cast<std::int32_t>(bits)) / 1000,
+                                 std::ldexp(bits >> 44, -static_cast<int>(bits % 64)), // of few bits: ties
+                                 std::nextafter(powerOfTen, any),
+                                 powerOfTen,
+                                 std::nextafter(powerOfTwo, any),
+                                 powerOfTwo};
+        const double value = values[random() % std::size(values)];
         const char format = "eEfGg"[random() % 5];
         const int precision = static_cast<int>(random() % (round % 100 ? 25 : 1200)) - 1;
         const char pattern[] = {'%', '.', '*', format, '\0'};
         char expected[2000];
         std::snprintf(expected, sizeof expected, pattern, precision < 0 ? 6 : precision, value);
         ASSERT_EQ(fromDouble(value, format, precision), expected);
+        ASSERT_TRUE(!std::isfinite(value) || toDouble(expected) == std::strtod(expected, nullptr))
+            << expected;
         ASSERT_EQ(fromDouble(value, format, precision, 30), padString(expected, 30));
     }
     EXPECT_EQ(fromDouble(HUGE_VAL, 'E', 2) + fromDouble(NAN, 'G', 2, 5) + fromDouble(1500, 'g', 2, -9) + '|',

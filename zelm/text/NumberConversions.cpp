@@ -1,5 +1,6 @@
 #include <zelm/text/AsciiCase.h>
 #include <zelm/text/Decimal.h>
+#include <zelm/text/DoubleDigits.h>
 #include <zelm/text/TextConversions.h>
 
 #include <algorithm>
@@ -26,11 +27,16 @@ public:
         at_ += taken;
         return taken;
     }
-    bool takeDigits() noexcept {
+    /// Appends digits to a value, which wraps around where there are too many, and returns their number.
+    std::size_t takeDigits(std::uint64_t& value) noexcept {
         const char* const start = at_;
-        at_ = std::find_if_not(at_, end_, details::isDigit);
-        return at_ != start;
+        for (; at_ != end_ && details::isDigit(*at_); ++at_) {
+            value = 10 * value + static_cast<std::uint64_t>(*at_ - '0');
+        }
+        return static_cast<std::size_t>(at_ - start);
     }
+    /// Takes one sign or none and tells whether it is a minus.
+    bool takeMinus() noexcept { return !take('+') && take('-'); }
     void takeBlanks() noexcept {
         while (take(' ') || take('\t')) {}
     }
@@ -46,30 +52,45 @@ private:
     const char* end_;
 };
 
-/// The number in a text, without a plus sign, as `std::from_chars` wants it; nothing if the text is not
-/// valid.
-std::optional<std::string_view> numberIn(ZStringView text) noexcept {
+/// A number as it stands in a text.
+struct Number {
+    /// Without a plus sign, as `std::from_chars` wants it.
+    std::string_view text;
+    bool negative = false;
+    /// Whether the magnitude is `digits` times 10^`power`; there may be too many digits to tell.
+    bool isShort = false;
+    std::uint64_t digits = 0;
+    std::int64_t power = 0;
+};
+
+/// The number in a text; nothing if the text is not valid.
+std::optional<Number> numberIn(ZStringView text) noexcept {
+    constexpr std::size_t kDigitsThatFit = 19;
+    constexpr std::size_t kPowerDigitsThatFit = 9;
+    Number number;
     Scanner scanner(text);
     scanner.takeBlanks();
-    const bool plus = scanner.take('+');
+    number.negative = scanner.takeMinus();
     const char* const start = scanner.position();
-    if (!plus) {
-        scanner.take('-');
-    }
-    const bool whole = scanner.takeDigits();
-    const bool fraction = scanner.take('.') && scanner.takeDigits();
-    if (!whole && !fraction) {
+    const std::size_t whole = scanner.takeDigits(number.digits);
+    const std::size_t fraction = scanner.take('.') ? scanner.takeDigits(number.digits) : 0;
+    if (whole + fraction == 0) {
         return std::nullopt;
     }
+    std::uint64_t power = 0;
+    std::size_t powerDigits = 0;
     if (scanner.take('e') || scanner.take('E')) {
-        if (!scanner.take('+')) {
-            scanner.take('-');
-        }
-        if (!scanner.takeDigits()) {
+        const bool negativePower = scanner.takeMinus();
+        powerDigits = scanner.takeDigits(power);
+        if (powerDigits == 0) {
             return std::nullopt;
         }
+        power = negativePower ? 0 - power : power;
     }
-    const std::string_view number(start, static_cast<std::size_t>(scanner.position() - start));
+    number.isShort = whole + fraction <= kDigitsThatFit && powerDigits <= kPowerDigitsThatFit;
+    number.power = static_cast<std::int64_t>(power - fraction);
+    number.text = {start - number.negative,
+                   static_cast<std::size_t>(scanner.position() - start) + number.negative};
     return scanner.takeRest() ? std::optional(number) : std::nullopt;
 }
 
@@ -105,10 +126,15 @@ double beyondRange(std::string_view number) noexcept {
     return negative ? -magnitude : magnitude;
 }
 
-double valueOf(std::string_view number) noexcept {
+double valueOf(const Number& number) noexcept {
+    if (number.isShort) {
+        if (const auto magnitude = details::nearestDouble(number.digits, number.power)) {
+            return number.negative ? -*magnitude : *magnitude;
+        }
+    }
     double value = 0.0;
-    const auto result = std::from_chars(number.data(), number.data() + number.size(), value);
-    return result.ec == std::errc::result_out_of_range ? beyondRange(number) : value;
+    const auto result = std::from_chars(number.text.data(), number.text.data() + number.text.size(), value);
+    return result.ec == std::errc::result_out_of_range ? beyondRange(number.text) : value;
 }
 
 double validValue(ZStringView text) {
@@ -159,10 +185,9 @@ int roundedOrZero(ZStringView text, Rounding rounding, bool* ok) noexcept {
 bool isValidInt(const ZString& text) noexcept {
     Scanner scanner(text);
     scanner.takeBlanks();
-    if (!scanner.take('+')) {
-        scanner.take('-');
-    }
-    return scanner.takeDigits() && scanner.takeRest();
+    scanner.takeMinus();
+    std::uint64_t value = 0;
+    return scanner.takeDigits(value) != 0 && scanner.takeRest();
 }
 
 bool isValidNumber(const ZString& text) noexcept {
@@ -235,7 +260,7 @@ ZString fromDouble(double value, char format, int precision, int width) {
         longBuffer.resize(size);
         buffer = longBuffer.data();
     }
-    const char* const end = std::to_chars(buffer, buffer + size, value, style, precision).ptr;
+    const char* const end = details::writeDouble(buffer, buffer + size, value, style, precision);
     size = static_cast<std::size_t>(end - buffer);
     if (upper) {
         std::transform(buffer, buffer + size, buffer, details::toUpper);
