@@ -40,6 +40,7 @@
 #include <zelm/tree/ZPropertyTree.h>
 #include <zelm/units/ZSystemOfUnits.h>
 #include <zelm/units/ZUnit.h>
+#include <zelm/units/ZUnitConverter.h>
 #include <zelm/units/ZUnitDimensions.h>
 #include <zelm/units/ZUnitType.h>
 #include <zelm/variables/ZVariable.h>

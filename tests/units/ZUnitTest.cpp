@@ -1,14 +1,18 @@
 #include <support/ExpectThrow.h>
 
+#include <zelm/units/ZSystemOfUnits.h>
 #include <zelm/units/ZUnit.h>
+#include <zelm/units/ZUnitConverter.h>
 #include <zelm/variant/MutableVariant.h>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <cstring>
 #include <limits>
+#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -30,6 +34,25 @@ bool same(double a, double b) {
     return std::isnan(a) ? std::isnan(b) : std::memcmp(&a, &b, sizeof a) == 0;
 }
 
+bool same(const std::vector<double>& a, const std::vector<double>& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](double x, double y) { return same(x, y); });
+}
+
+std::vector<double> elements(Variant value) {
+    MutableVariant array(std::move(value));
+    const double* const first = &array.element<double>({0});
+    return {first, first + array.dimensions().countAllElements()};
+}
+
+/// More than loops take in at once.
+std::vector<double> repeated(const std::vector<double>& values) {
+    std::vector<double> result;
+    while (result.size() < 1050) {
+        result.insert(result.end(), values.begin(), values.end());
+    }
+    return result;
+}
+
 std::string keys(const ZUnit& unit) {
     std::string result;
     for (const ZPropertyHandle& child : unit.propertyHandle()) {
@@ -44,54 +67,82 @@ ZUnit unit(const char* text) {
 
 } // namespace
 
-TEST(ZUnit, ConvertsNumbersAndArraysByTheFormulaToTheLastBit) {
+TEST(ZUnit, EveryWayOfConversionFollowsTheFormulaToTheLastBit) {
     const double inf = std::numeric_limits<double>::infinity(), nan = std::nan("");
     const double numbers[][3] = {{1, 0, 0},     {1000, 0, 0}, {0.5, 255.37, 0}, {-3, -7, 0},   {1, 0, 10},
                                  {1e-3, 0, 20}, {2, 5, 1},    {0, 0, 0},        {inf, 0, -10}, {1, 0, nan}};
-    std::vector<ZUnit> units; // with texts of their own, for between equal ones no array is converted
+    std::vector<ZUnit> units = ZSystemOfUnits::instance().GetAllUnits();
     for (const auto& [scale, offset, multiplier] : numbers) {
-        const std::string text = std::to_string(units.size()) + "x";
+        const std::string text = std::to_string(units.size()) + "x"; // of its own, so that arrays convert
         const ZUnitType type = ZUnitType::Create("", {1, 77, 0, 0, 0, 0, 0, 0, 0}, text);
         units.emplace_back(type, "", scale, offset, multiplier);
     }
-    const std::vector<double> reals = {0.0, -0.0, 1.0, 66.1, -3.5, 1e300, 5e-324, inf, -inf, nan};
-    const Variant kept(reals);
+    std::vector<double> reals = {0.0, -0.0, 1.0, 66.1, -3.5, 1e300, 5e-324, inf, -inf, nan};
+    std::mt19937 random(6);
+    while (reals.size() < 30) {
+        reals.push_back(std::ldexp(static_cast<double>(random()) - 2e9, -22));
+    }
+    const std::vector<double> many = repeated(reals);
     for (const ZUnit& from : units) {
         for (const ZUnit& to : units) {
-            MutableVariant fresh(from.ConvertTo(to, kept)), overwritten(from.ConvertTo(to, Variant(reals)));
-            for (std::size_t k = 0; k < reals.size(); ++k) {
-                const double expected = formula(from, to, reals[k]);
-                const Complex128 pair = from.ConvertTo(to, Complex128(1.0, reals[k]));
-                EXPECT_TRUE(same(from.ConvertTo(to, reals[k]), expected)) << reals[k] << from << to;
-                EXPECT_TRUE(same(pair.real(), formula(from, to, 1.0)) && same(pair.imag(), expected));
-                EXPECT_TRUE(&from == &to || (same(fresh.element<double>({k}), expected) &&
-                                             same(overwritten.element<double>({k}), expected)));
+            if (!from.IsCommensurable(to)) {
+                continue;
             }
+            const ZUnitConverter convert(from, to);
+            std::vector<double> results, in = many, out = many;
+            for (const double real : reals) {
+                results.push_back(formula(from, to, real));
+                const Complex128 pair = from.ConvertTo(to, Complex128(1.0, real));
+                EXPECT_TRUE(same({pair.real(), pair.imag(), convert(real), from.ConvertTo(to, real)},
+                                 {convert(1.0), results.back(), results.back(), results.back()}))
+                    << real << from << to;
+                EXPECT_TRUE(same(convert(Complex128(real, 1.0)).real(), results.back()));
+            }
+            const std::vector<double> expected = repeated(results);
+            convert(many.data(), out.data(), out.size());
+            convert(in.data(), in.data(), in.size() - 1);
+            EXPECT_TRUE(same(out, expected) && same(in.back(), many.back())) << from << to;
+            in.back() = expected.back();
+            EXPECT_TRUE(same(in, expected)) << from << to;
+            const bool untouched = from.GetSiUnits() == to.GetSiUnits();
+            const Variant kept(many);
+            for (const Variant& array : {convert(kept), convert(Variant(many)), from.ConvertTo(to, kept),
+                                         from.ConvertTo(to, Variant(many))}) {
+                EXPECT_TRUE(same(elements(array), untouched ? many : expected)) << from << to;
+            }
+            EXPECT_TRUE(same(elements(kept), many));
         }
     }
-    EXPECT_TRUE(same(MutableVariant(Variant(kept)).element<double>({4}), reals[4]));
-    const Variant complex(std::vector<Complex128>{{1.5, -2.0}, {0.0, 3.0}});
-    EXPECT_TRUE(unit("km").ConvertTo(unit("m"), complex).isIdenticalTo(complex * Variant(1000.0)));
 }
 
-TEST(ZUnit, ArraysBetweenEqualSiTextsAloneComeBackUntouched) {
+TEST(ZUnit, ArraysKeepTheirShapeAndBetweenEqualSiTextsAllThatTheyAre) {
     const ZUnit kmh(ZUnitType::Velocity(), "km/h", 0.25, 0, 0);
     for (const Variant& value : {Variant(5), Variant("text"), Variant()}) {
         EXPECT_TRUE(kmh.ConvertTo(unit("m/s"), value).isIdenticalTo(value));
+        EXPECT_TRUE(ZUnitConverter(kmh, unit("m/s"))(value).isIdenticalTo(value));
     }
-    const Variant source({1, 2, 3, 4, 5, 6}, ArrayDimensions{2, 3}, ColumnMajor);
-    EXPECT_TRUE(unit("km").ConvertTo(unit("m"), source).isIdenticalTo(source * Variant(1000.0)));
+    std::vector<Complex128> pairs(1001, {1.5, -2.0});
+    pairs.back() = {0.0, 3.0};
+    for (const Variant& source : {Variant({1, 2, 3, 4, 5, 6}, ArrayDimensions{2, 3}, ColumnMajor),
+                                  Variant(pairs, ArrayDimensions{7, 143}), Variant(std::vector<int>())}) {
+        const Variant expected = source * Variant(1000.0);
+        EXPECT_TRUE(unit("km").ConvertTo(unit("m"), source).isIdenticalTo(expected));
+        EXPECT_TRUE(ZUnitConverter(unit("km"), unit("m"))(source + Variant(0.0)).isIdenticalTo(expected));
+    }
 }
 
 TEST(ZUnit, RefusesWhatCannotBeConverted) {
     const ZUnit km = unit("km"), s = unit("s");
-    EXPECT_THROW_MSG(km.ConvertTo(s, 1.0), std::runtime_error, "Units s is not commensurable to km");
+    const char* const number = "Units s is not commensurable to km";
+    EXPECT_THROW_MSG(km.ConvertTo(s, 1.0), std::runtime_error, number);
+    EXPECT_THROW_MSG(ZUnitConverter(km, s), std::runtime_error, number);
     EXPECT_THROW_MSG(km.ConvertTo(s, Complex128(1)), std::runtime_error,
                      "Units s is not Commensurable to km");
     EXPECT_THROW_MSG(km.ConvertTo(s, Variant("text")), std::runtime_error,
                      "To units are not commensurable - from: km to s");
-    EXPECT_THROW_MSG(km.ConvertTo(unit("m"), Variant("text")), std::runtime_error,
-                     "Failed convering units from km to m");
+    const char* const text = "Failed convering units from km to m";
+    EXPECT_THROW_MSG(km.ConvertTo(unit("m"), Variant("text")), std::runtime_error, text);
+    EXPECT_THROW_MSG(ZUnitConverter(km, unit("m"))(Variant("text")), std::runtime_error, text);
 }
 
 TEST(ZUnit, WritesTheKeysOfItsConstructorAndIsRebuiltFromThem) {

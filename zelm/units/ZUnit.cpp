@@ -154,10 +154,6 @@ double ZUnit::GetLogMultiplier() const {
     return number(LogMultiplierPropertyName, 0.0);
 }
 
-details::UnitMap ZUnit::map() const {
-    return {GetScale(), GetOffset(), GetLogMultiplier()};
-}
-
 ZString ZUnit::GetSiUnits() const {
     return getChildStringWithDefault(SiUnitsPropertyName, ZString());
 }
@@ -190,12 +186,12 @@ ZUnit& ZUnit::SetUnitsLabel(const ZString& label) {
 }
 
 double ZUnit::ConvertValueToUnit(double value, const ZUnit& to) const {
-    return details::convertNumber(map(), to.map(), value);
+    return details::convertNumber(details::mapOf(*this), details::mapOf(to), value);
 }
 
 double ZUnit::ConvertTo(const ZUnit& to, double value) const {
     if (!IsCommensurable(to)) {
-        fail("Units " + to.GetSiUnits() + " is not commensurable to " + GetSiUnits());
+        details::throwIncommensurable(GetSiUnits(), to.GetSiUnits());
     }
     return ConvertValueToUnit(value, to);
 }
@@ -204,20 +200,25 @@ std::complex<double> ZUnit::ConvertTo(const ZUnit& to, std::complex<double> valu
     if (!IsCommensurable(to)) {
         fail("Units " + to.GetSiUnits() + " is not Commensurable to " + GetSiUnits());
     }
-    return {ConvertValueToUnit(value.real(), to), ConvertValueToUnit(value.imag(), to)};
+    const details::UnitMap from = details::mapOf(*this);
+    const details::UnitMap into = details::mapOf(to);
+    return {details::convertNumber(from, into, value.real()),
+            details::convertNumber(from, into, value.imag())};
 }
 
 Variant ZUnit::ConvertTo(const ZUnit& to, Variant value) const {
-    if (GetSiUnits() == to.GetSiUnits()) {
+    const ZString from = GetSiUnits();
+    const ZString into = to.GetSiUnits();
+    if (from == into) {
         return value;
     }
     if (!IsCommensurable(to)) {
-        fail("To units are not commensurable - from: " + GetSiUnits() + " to " + to.GetSiUnits());
+        fail("To units are not commensurable - from: " + from + " to " + into);
     }
     try {
-        return details::convertElements(map(), to.map(), std::move(value));
+        return details::convertElements(details::mapOf(*this), details::mapOf(to), std::move(value));
     } catch (...) {
-        fail("Failed convering units from " + GetSiUnits() + " to " + to.GetSiUnits());
+        details::throwFailedConversion(from, into);
     }
 }
 

@@ -13,10 +13,6 @@
 
 namespace Zelm {
 
-namespace details {
-struct UnitMap;
-}
-
 /// A unit of measurement: a quantity, and the map that takes a number of this unit to one of the quantity's
 /// base unit:
 ///
@@ -124,7 +120,6 @@ private:
     static void write(ZMutablePropertyHandle& unit, const Definition& definition);
     static ZPropertyHandle newTree(const Definition& definition);
 
-    details::UnitMap map() const;
     double number(const ZStringLiteral& name, double missing) const;
 
     ZUnitType unitType_ = ZUnitType::Dimensionless();
