@@ -1,17 +1,15 @@
 #include <zelm/json/JSONFormatter.h>
-#include <zelm/variant/MutableVariant.h>
-#include <zelm/variant/Struct.h>
-#include <zelm/variant/VariantAccess.h>
+
+#include "RandomDocuments.h"
 
 #include <support/ExpectThrow.h>
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <complex>
 #include <fstream>
-#include <limits>
 #include <locale>
-#include <random>
 #include <regex>
 #include <sstream>
 #include <stdexcept>
@@ -40,81 +38,6 @@ ZPropertyHandle read(const std::string& document) {
     return JSONFormatter().deserialize(in);
 }
 
-/// Random trees with values of all 27 element types that come back as they were.
-class RandomDocuments {
-public:
-    ZPropertyHandle tree() {
-        const ZMutablePropertyTree result(text());
-        fill(result.handle().node(), 0);
-        return result.immutableHandle();
-    }
-
-private:
-    Variant value(int depth) {
-        static constexpr WellKnownType kTypes[] = {
-#define ZELM_TYPE(type, Name, value, keyword) WellKnownType::Name(),
-            ZELM_FOR_EACH_ELEMENT_TYPE(ZELM_TYPE)
-#undef ZELM_TYPE
-        };
-        Variant result;
-        details::visitElementType(kTypes[pick(std::size(kTypes))], [&](auto tag) {
-            using T = typename decltype(tag)::type;
-            const ArrayDimensions shape(std::vector<std::uint64_t>{1 + pick(3), 1 + pick(2) * pick(2)});
-            std::vector<details::StoredElement<T>> elements(shape.countAllElements());
-            for (auto& place : elements) {
-                place = element<T>(depth);
-            }
-            result = details::VariantAccess::make<T>(std::move(elements), shape,
-                                                     shape.isVector() && pick(2) ? ColumnMajor : RowMajor);
-        });
-        return result;
-    }
-
-    std::uint64_t pick(std::uint64_t count) {
-        return random_() % count;
-    }
-
-    /// Any cut, also through a character.
-    std::string text() {
-        static const std::string kAll("a1.0,[1.0]\\u00b5\"\\/\n\0\x01\x1f\x7f\u00b5\uffff\U0001f600\xff", 34);
-        return kAll.substr(pick(kAll.size()), pick(2) * pick(9));
-    }
-
-    void fill(ZPropertyTreeNode& node, int depth) {
-        node.setObjectType(text());
-        node.setValue(pick(3) ? value(0) : Variant());
-        for (std::uint64_t children = depth < 4 ? pick(4) : 0; children > 0; --children) {
-            fill(*node.addChild(text()), depth + 1);
-        }
-    }
-
-    template <class T>
-    T element([[maybe_unused]] int depth) {
-        if constexpr (std::is_same_v<T, Variant>) {
-            return depth < 3 ? value(depth + 1) : Variant(1);
-        } else if constexpr (std::is_same_v<T, Struct>) {
-            Struct record;
-            record.set(text(), element<Variant>(depth));
-            return record;
-        } else if constexpr (std::is_same_v<T, std::u16string>) {
-            return std::u16string(pick(3), static_cast<char16_t>(random_()));
-        } else if constexpr (details::isTextElement<T>) {
-            return text();
-        } else if constexpr (details::isComplexElement<T>) {
-            return T(element<details::RealPartOf<T>>(depth), element<details::RealPartOf<T>>(depth));
-        } else if constexpr (std::is_floating_point_v<T>) {
-            // Of all sizes, from the subnormal ones up, but for the zero that loses its sign.
-            constexpr int kLimit = std::numeric_limits<T>::max_exponent;
-            const int exponent = pick(2) ? static_cast<int>(pick(2 * kLimit - 64)) - kLimit : 0;
-            return std::ldexp(static_cast<T>(element<std::int64_t>(depth)), exponent) + T(0);
-        } else {
-            return static_cast<T>(static_cast<std::int64_t>(random_()) >> pick(64));
-        }
-    }
-
-    std::mt19937_64 random_{1};
-};
-
 /// What Json::FastWriter writes, without the ".0" behind whole numbers and with text as it is.
 std::string fastWriter(const Json::Value& json) {
     Json::StreamWriterBuilder builder;
@@ -126,7 +49,7 @@ std::string fastWriter(const Json::Value& json) {
 }
 
 TEST(JSONFormatter, text_is_that_of_the_fast_writer_and_comes_back_to_the_last_byte) {
-    RandomDocuments random;
+    RandomDocuments random(1);
     for (int i = 0; i < 150; ++i) {
         const ZPropertyHandle tree = random.tree();
         const std::string document = written(tree);
@@ -198,9 +121,36 @@ TEST(JSONFormatter, streams_are_read_to_their_end_and_faults_named) {
     JSONFormatter formatter;
     EXPECT_EQ(formatter.deserialize(twice).getName(), "x");
     EXPECT_THROW(formatter.deserialize(twice), std::invalid_argument);
-    EXPECT_THROW_MSG(read("{\"value\":{\n\"data\":[1e+9999]}}"), std::invalid_argument,
-                     "error parsing JSON: * Line 2, Column 9\n  '1e+9999' is not a number.\n");
+    EXPECT_THROW_MSG(read("{\"value\":{\n\"data\":[1e+9999,}]}}"), std::invalid_argument,
+                     "error parsing JSON: * Line 2, Column 17\n"
+                     "  Syntax error: value, object or array expected.\n");
     EXPECT_THROW_MSG(read(std::string(3000, '[')), Json::RuntimeError, "Exceeded stackLimit in readValue().");
+}
+
+TEST(JSONFormatter, infinities_are_read_as_real_numbers_and_as_nothing_else) {
+    const double infinity = HUGE_VAL;
+    const ZMutablePropertyTree tree("1e+9999");
+    tree.handle().addChildValue("double", std::vector<double>{infinity, 1, -infinity});
+    tree.handle().addChildValue("float", std::vector<float>{HUGE_VALF, 1, -HUGE_VALF});
+    tree.handle().addChildValue("complex", std::complex<double>(-infinity, infinity));
+    tree.handle().addChildValue("complexFloat", std::complex<float>(1, -HUGE_VALF));
+    const std::string document = written(tree.immutableHandle());
+    EXPECT_EQ(written(read(document)), document);
+    EXPECT_EQ(written(read("/*\n\"1e+9999*/" + document)), document);
+
+    const std::string value = R"(,"dataOrder":"rowMajor","dimensions":[1],"type":"Variant","wellKnownType":)";
+    for (const std::string& malformed : {
+             R"({"value":{"data":[1e+9999])" + value + "\"int32\"}}",
+             R"({"value":{"data":[1e+0000],"data":[1e+9999])" + value + "\"bool\"}}",
+             R"({"value":{"data":[1e+9999],"data":[1.0])" + value + "\"double\"}}",
+             R"({"value":{"data":[1e+9999])" + value + "\"string\"}}",
+             std::string("{\"name\":1e+9999}"),
+         }) {
+        const std::string column = std::to_string(malformed.find("1e+9999") + 1);
+        EXPECT_THROW_MSG(read("\n" + malformed), std::invalid_argument,
+                         "error parsing JSON: * Line 2, Column " + column +
+                             "\n  '1e+9999' is not a number.\n");
+    }
 }
 
 TEST(JSONFormatter, opens_a_file_of_its_own) {

@@ -3,6 +3,7 @@
 #include <zelm/json/JsonDocument.h>
 #include <zelm/json/JsonReading.h>
 #include <zelm/json/JsonSinks.h>
+#include <zelm/json/JsonTreeScanning.h>
 #include <zelm/json/JsonWriting.h>
 
 #include <limits>
@@ -37,13 +38,11 @@ void JSONFormatter::serialize(std::ostream& out, ZString name, ZPropertyHandle t
 }
 
 ZPropertyHandle JSONFormatter::deserialize(std::istream& in) {
-    // The parser's messages point into the text, which therefore has to outlive them.
-    const std::string text = details::readJsonDocument(in);
-    Json::Value root;
-    if (!reader_.parse(text.data(), text.data() + text.size(), root, true)) {
-        throw std::invalid_argument("error parsing JSON: " + reader_.getFormattedErrorMessages());
+    std::string document = details::readToEnd(in);
+    if (auto tree = details::scanJsonTree(document)) {
+        return *std::move(tree);
     }
-    return details::readJsonTree(root, details::JsonArrays::Full);
+    return details::parseJsonTree(reader_, std::move(document));
 }
 
 Json::Value JSONFormatter::WritePropertyTree(ZPropertyHandle tree) {

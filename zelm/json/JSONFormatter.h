@@ -43,14 +43,17 @@ public:
     ///
     /// Text goes out as the bytes that it has. Numbers have 17 significant digits, so that they read back to
     /// the last bit, except that -0.0 loses its sign. A NaN is written as `null` and reads back as 0; an
-    /// infinity is written as `1e+9999`, which the reader refuses: such a document is lost. Trees of any
-    /// depth are written, but only some 500 levels can be read back. Throws `std::length_error` for cells and
+    /// infinity is written as `1e+9999` and comes back. Trees of any depth are written, but only some 500
+    /// levels can be read back. Throws `std::length_error` for cells and
     /// structs nested more than 1000 deep, and `std::out_of_range` "Offset out of bounds" for a value whose
     /// shape claims more elements than there are. Linear in nodes and elements.
     void serialize(std::ostream& out, ZString name, ZPropertyHandle tree);
 
     /// Reads one document, to the end of the stream, into a new tree, whatever the global locale's decimal
-    /// point. Comments are skipped. Of several children of one name the last one stays.
+    /// point. Comments are skipped. Of several children of one name the last one stays. `1e+9999` and
+    /// `-1e+9999` are infinities as elements of real or complex numbers, and malformed anywhere else.
+    /// Documents in exactly the form of serialize() take a tenth of the time of all others, and no memory but
+    /// for their text and the tree.
     ///
     /// Throws `std::invalid_argument` "error parsing JSON: " with the parser's messages, the failures of
     /// ReadVariant(), and jsoncpp's own exceptions, which derive from nothing but `std::exception`:

@@ -1,5 +1,7 @@
 #include <zelm/json/JsonDocument.h>
 
+#include <zelm/json/JsonInfinities.h>
+#include <zelm/json/JsonReading.h>
 #include <zelm/text/Decimal.h>
 
 #include <algorithm>
@@ -8,6 +10,7 @@
 #include <istream>
 #include <locale>
 #include <optional>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 
@@ -15,22 +18,20 @@ namespace Zelm::details {
 
 namespace {
 
-std::string readToEnd(std::istream& in) {
-    constexpr std::size_t kChunk = 1 << 16;
-    std::string text;
-    if (std::istream::sentry ready{in, true}) {
-        text.reserve(static_cast<std::size_t>(std::max<std::streamsize>(in.rdbuf()->in_avail(), 0)) + kChunk);
-        std::size_t size = 0;
-        std::size_t received = 0;
-        do {
-            size += received;
-            text.resize(size + kChunk);
-            received = static_cast<std::size_t>(in.rdbuf()->sgetn(&text[size], kChunk));
-        } while (received != 0);
-        text.resize(size);
-        in.setstate(std::ios_base::eofbit);
+std::size_t lengthOfString(std::string_view rest) {
+    std::size_t length = 1;
+    while (length < rest.size() && rest[length] != '"') {
+        length += rest[length] == '\\' ? 2 : 1;
     }
-    return text;
+    return length + 1;
+}
+
+std::size_t lengthOfComment(std::string_view rest) {
+    if (rest.substr(0, 2) != "/*") {
+        return rest.find_first_of("\r\n");
+    }
+    const std::size_t end = rest.find("*/", 2);
+    return end == std::string_view::npos ? end : end + 2;
 }
 
 /// Writes the fractions of a document as exponents, `-2.50e3` as `-250e1`: the same numbers, and still real
@@ -41,11 +42,9 @@ public:
 
     std::string rewrite() {
         while (!rest_.empty()) {
-            if (isAt('"')) {
-                result_ += take(lengthOfString());
-            } else if (isAt('/')) {
-                result_ += take(lengthOfComment());
-            } else if (details::isDigit(rest_.front())) {
+            if (const std::size_t length = lengthOfJsonText(rest_)) {
+                result_ += take(length);
+            } else if (isDigit(rest_.front())) {
                 rewriteNumber();
             } else {
                 result_ += take(1);
@@ -63,23 +62,8 @@ private:
         return taken;
     }
     std::string_view takeDigits() {
-        const auto end = std::find_if_not(rest_.begin(), rest_.end(), details::isDigit);
+        const auto end = std::find_if_not(rest_.begin(), rest_.end(), isDigit);
         return take(static_cast<std::size_t>(end - rest_.begin()));
-    }
-
-    std::size_t lengthOfString() const {
-        std::size_t length = 1;
-        while (length < rest_.size() && rest_[length] != '"') {
-            length += rest_[length] == '\\' ? 2 : 1;
-        }
-        return length + 1;
-    }
-    std::size_t lengthOfComment() const {
-        if (rest_.substr(0, 2) != "/*") {
-            return rest_.find_first_of("\r\n");
-        }
-        const std::size_t end = rest_.find("*/", 2);
-        return end == std::string_view::npos ? end : end + 2;
     }
 
     void rewriteNumber() {
@@ -119,14 +103,73 @@ private:
     std::string result_;
 };
 
+bool parse(Json::Reader& parser, const std::string& document, Json::Value& root) {
+    return parser.parse(document.data(), document.data() + document.size(), root, true);
+}
+
+[[noreturn]] void throwMalformed(const std::string& fault) {
+    throw std::invalid_argument("error parsing JSON: " + fault);
+}
+
+/// Reads what the parser has refused with this fault, in case it was for infinities.
+ZPropertyHandle parseWithInfinities(Json::Reader& parser, std::string document, const std::string& fault) {
+    JsonInfinities infinities(document);
+    if (infinities.isEmpty()) {
+        throwMalformed(fault);
+    }
+    Json::Value root;
+    if (!parse(parser, document, root)) {
+        throwMalformed(parser.getFormattedErrorMessages());
+    }
+    ZPropertyHandle tree = readJsonTree(root, JsonArrays::Full, &infinities);
+    if (!infinities.allTaken()) {
+        throwMalformed(fault);
+    }
+    return tree;
+}
+
 } // namespace
 
-std::string readJsonDocument(std::istream& in) {
-    std::string text = readToEnd(in);
-    if (std::use_facet<std::numpunct<char>>(std::locale()).decimal_point() != '.') {
-        text = FractionRewriter(text).rewrite();
+std::size_t lengthOfJsonText(std::string_view rest) noexcept {
+    if (rest.front() != '"' && rest.front() != '/') {
+        return 0;
+    }
+    return std::min(rest.front() == '"' ? lengthOfString(rest) : lengthOfComment(rest), rest.size());
+}
+
+std::string readToEnd(std::istream& in) {
+    constexpr std::size_t kChunk = 1 << 16;
+    std::string text;
+    if (std::istream::sentry ready{in, true}) {
+        std::size_t size = 0;
+        std::size_t received = 0;
+        do {
+            size += received;
+            if (text.capacity() < size + kChunk) {
+                // At the start of a file, and behind what its buffer held, that is all the rest of it.
+                const std::streamsize expected = std::max<std::streamsize>(in.rdbuf()->in_avail(), 0);
+                text.reserve(std::max(size + static_cast<std::size_t>(expected) + kChunk,
+                                      size == 0 ? 0 : 2 * text.capacity()));
+            }
+            text.resize(size + kChunk);
+            received = static_cast<std::size_t>(in.rdbuf()->sgetn(&text[size], kChunk));
+        } while (received != 0);
+        text.resize(size);
+        in.setstate(std::ios_base::eofbit);
     }
     return text;
+}
+
+ZPropertyHandle parseJsonTree(Json::Reader& parser, std::string document) {
+    if (std::use_facet<std::numpunct<char>>(std::locale()).decimal_point() != '.') {
+        document = FractionRewriter(document).rewrite();
+    }
+    Json::Value root;
+    if (!parse(parser, document, root)) {
+        const std::string fault = parser.getFormattedErrorMessages();
+        return parseWithInfinities(parser, std::move(document), fault);
+    }
+    return readJsonTree(root, JsonArrays::Full);
 }
 
 } // namespace Zelm::details

@@ -1,6 +1,7 @@
 #include <zelm/json/JsonReading.h>
 
 #include <zelm/arrays/ArrayDimensions.h>
+#include <zelm/json/JsonInfinities.h>
 #include <zelm/json/JsonWriting.h>
 #include <zelm/variant/MutableVariant.h>
 #include <zelm/variant/Struct.h>
@@ -10,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
@@ -51,25 +53,6 @@ private:
     bool mayMiss_;
 };
 
-template <class T>
-T readPart(const Json::Value& json) {
-    if constexpr (std::is_same_v<T, bool>) {
-        return json.asBool();
-    } else if constexpr (std::is_same_v<T, double>) {
-        return json.asDouble();
-    } else if constexpr (std::is_same_v<T, float>) {
-        return json.asFloat();
-    } else if constexpr (std::is_same_v<T, std::int64_t>) {
-        return json.asInt64();
-    } else if constexpr (std::is_same_v<T, std::uint64_t>) {
-        return json.asUInt64();
-    } else if constexpr (std::is_signed_v<T>) {
-        return static_cast<T>(json.asInt());
-    } else {
-        return static_cast<T>(json.asUInt());
-    }
-}
-
 WellKnownType readType(Json::Value& json) {
     if (!json.isMember("wellKnownType")) {
         throw std::runtime_error("wellKnownType key missing in conversion from JSON");
@@ -108,7 +91,8 @@ MutableVariant allocate(WellKnownType type, const ArrayDimensions& shape, DataOr
 
 class ValueReader {
 public:
-    explicit ValueReader(JsonArrays arrays) : arrays_(arrays) {}
+    explicit ValueReader(JsonArrays arrays, JsonInfinities* infinities = nullptr)
+        : arrays_(arrays), infinities_(infinities) {}
 
     Variant read(Json::Value& json) {
         if (json["type"] != Json::Value("Variant")) {
@@ -171,6 +155,27 @@ private:
         }
     }
 
+    template <class T>
+    T readPart(const Json::Value& json) const {
+        if constexpr (std::is_same_v<T, bool>) {
+            return json.asBool();
+        } else if constexpr (std::is_floating_point_v<T>) {
+            if (const auto infinity = infinities_ ? infinities_->take(json) : std::nullopt) {
+                return static_cast<T>(*infinity);
+            }
+            return std::is_same_v<T, float> ? static_cast<T>(json.asFloat())
+                                            : static_cast<T>(json.asDouble());
+        } else if constexpr (std::is_same_v<T, std::int64_t>) {
+            return json.asInt64();
+        } else if constexpr (std::is_same_v<T, std::uint64_t>) {
+            return json.asUInt64();
+        } else if constexpr (std::is_signed_v<T>) {
+            return static_cast<T>(json.asInt());
+        } else {
+            return static_cast<T>(json.asUInt());
+        }
+    }
+
     std::u16string readUnits(Json::Value& json) const {
         std::u16string units;
         for (EntryCursor entries(json, arrays_); entries.hasNext();) {
@@ -199,12 +204,13 @@ private:
     }
 
     JsonArrays arrays_;
+    JsonInfinities* infinities_;
     std::size_t depth_ = 0;
 };
 
 class TreeReader {
 public:
-    explicit TreeReader(JsonArrays arrays) : arrays_(arrays) {}
+    TreeReader(JsonArrays arrays, JsonInfinities* infinities) : arrays_(arrays), infinities_(infinities) {}
 
     ZPropertyHandle read(Json::Value& json) {
         const std::string type = json["type"].asString();
@@ -239,7 +245,7 @@ private:
             node.setObjectType(ZString(type));
         }
         if (json.isMember("value")) {
-            node.setValue(ValueReader(arrays_).read(json["value"]));
+            node.setValue(ValueReader(arrays_, infinities_).read(json["value"]));
         }
         if (json.isMember("children")) {
             open_.push_back({node, EntryCursor(json["children"], arrays_)});
@@ -247,6 +253,7 @@ private:
     }
 
     JsonArrays arrays_;
+    JsonInfinities* infinities_;
     std::vector<OpenNode> open_;
 };
 
@@ -256,8 +263,8 @@ Variant readJsonValue(Json::Value& json, JsonArrays arrays) {
     return ValueReader(arrays).read(json);
 }
 
-ZPropertyHandle readJsonTree(Json::Value& json, JsonArrays arrays) {
-    return TreeReader(arrays).read(json);
+ZPropertyHandle readJsonTree(Json::Value& json, JsonArrays arrays, JsonInfinities* infinities) {
+    return TreeReader(arrays, infinities).read(json);
 }
 
 } // namespace Zelm::details
