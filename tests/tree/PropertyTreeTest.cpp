@@ -101,18 +101,23 @@ TEST(PropertyTree, deep_trees_are_compared_and_destroyed_without_recursion) {
 }
 
 TEST(PropertyTree, threads_read_one_handle_and_change_and_drop_their_own_versions) {
-    const ZPropertyHandle shared = sample();
+    const ZPropertyHandle shared = sample().changed([](ZMutablePropertyHandle& self) {
+        for (int i = 0; i < 500; ++i) {
+            self.setChildValue(ZString(std::to_string(i)), i);
+        }
+    });
     const auto run = [&] {
         ZPropertyHandle own = shared;
         for (int i = 0; i < 200; ++i) {
-            own = own.setChildValue("k", i).insertChild("before", own);
-            EXPECT_TRUE(own.child("before").hasChild("z") && own.child("k").getValue().isEquivalentTo(i));
+            const ZString name(std::to_string(i * 2));
+            own = own.setChildValue("k", i).insertChild("before", own).removeChild(name);
+            EXPECT_TRUE(own.child("before").hasChild(name) && own.child("k").getValue().isEquivalentTo(i));
         }
     };
     std::thread one(run), two(run);
     one.join();
     two.join();
-    EXPECT_EQ(shared.basis()->generations()->next(), 802u);
+    EXPECT_EQ(shared.basis()->generations()->next(), 1203u);
 }
 
 } // namespace

@@ -1,27 +1,22 @@
 #pragma once
 
 #include <zelm/text/ZStringView.h>
+#include <zelm/tree/PersistentMap.h>
 
 #include <cstddef>
 #include <iterator>
-#include <map>
 #include <memory>
 #include <utility>
 
 namespace Zelm::Private {
 
-/// Orders names by their bytes.
-struct ZPropertyNameOrder {
-    using is_transparent = void;
-    bool operator()(ZStringView a, ZStringView b) const { return a.compare(b) < 0; }
-};
-
 /// The children of a tree node: shared nodes by name, in byte order of the names whatever the order of
-/// insertion. A copy shares the nodes. Children are read-only here; only the node that holds them hands out
-/// one to be written (see `ZPropertyTreeNode::ownedChild`).
+/// insertion. A copy costs one count and shares the nodes; a change costs O(log n), however many copies there
+/// are. Children are read-only here; only the node that holds them hands out one to be written (see
+/// `ZPropertyTreeNode::ownedChild`).
 template <class Key, class Node>
 class ZPropertyChildren {
-    using Map = std::map<Key, std::shared_ptr<const Node>, ZPropertyNameOrder>;
+    using Map = PersistentMap<Key, ZStringView, std::shared_ptr<const Node>>;
 
 public:
     using NodePointer = std::shared_ptr<const Node>;
@@ -42,7 +37,7 @@ public:
 
         const_iterator() = default;
 
-        Entry operator*() const { return {position_->first, position_->second}; }
+        Entry operator*() const { return {position_->key, position_->mapped}; }
         const_iterator& operator++() {
             ++position_;
             return *this;
@@ -65,22 +60,14 @@ public:
     const_iterator begin() const noexcept { return const_iterator(map_.begin()); }
     const_iterator end() const noexcept { return const_iterator(map_.end()); }
 
-    /// The child of this name, or null. The pointer holds until the child is replaced or erased.
-    const NodePointer* find(ZStringView name) const {
-        const auto position = map_.find(name);
-        return position == map_.end() ? nullptr : &position->second;
-    }
+    /// The child of this name, or null. The pointer holds until any child is stored or erased.
+    const NodePointer* find(ZStringView name) const noexcept { return map_.find(name); }
 
     /// Stores `node` under `name` in place of what was there.
-    void insert(const Key& name, NodePointer node) { map_.insert_or_assign(name, std::move(node)); }
+    void insert(const Key& name, NodePointer node) { map_.insert(name, std::move(node)); }
 
     /// Erases the child of this name, if there is one.
-    void erase(ZStringView name) {
-        const auto position = map_.find(name);
-        if (position != map_.end()) {
-            map_.erase(position);
-        }
-    }
+    void erase(ZStringView name) { map_.erase(name); }
 
 private:
     Map map_;

@@ -1,7 +1,6 @@
 #include <zelm/tree/ZPropertyTreeNode.h>
 
 #include <cassert>
-#include <new>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -9,43 +8,6 @@
 namespace Zelm::Private {
 
 namespace {
-
-/// Destroying the children of a node destroys theirs in turn: a deep tree would overflow the stack. So only
-/// the outermost destructor on a thread destroys children, and those that it sets off hand theirs over to it.
-template <class Children>
-class ChildrenRelease {
-public:
-    static void release(Children& children) noexcept {
-        if (s_running) {
-            s_running->take(children);
-            return;
-        }
-        ChildrenRelease outermost;
-        s_running = &outermost;
-        children = Children();
-        while (!outermost.pending_.empty()) {
-            const Children next = std::move(outermost.pending_.back());
-            outermost.pending_.pop_back();
-        }
-        s_running = nullptr;
-    }
-
-private:
-    void take(Children& children) noexcept {
-        try {
-            pending_.push_back(std::move(children));
-        } catch (const std::bad_alloc&) {
-            // Still untouched: the node's own destructor lets go of them, at the price of recursion.
-        }
-    }
-
-    static thread_local ChildrenRelease* s_running;
-
-    std::vector<Children> pending_;
-};
-
-template <class Children>
-thread_local ChildrenRelease<Children>* ChildrenRelease<Children>::s_running = nullptr;
 
 template <class Node>
 bool alikeButForChildren(const Node& a, const Node& b) {
@@ -63,13 +25,6 @@ ZPropertyTreeNode<Key, Value, GenerationFactory>::ZPropertyTreeNode(ZPropertyVer
                                                                     Key objectType)
     : value_(std::move(value)), version_(version) {
     setObjectType(std::move(objectType));
-}
-
-template <class Key, class Value, class GenerationFactory>
-ZPropertyTreeNode<Key, Value, GenerationFactory>::~ZPropertyTreeNode() {
-    if (!children_.empty()) {
-        ChildrenRelease<Children>::release(children_);
-    }
 }
 
 template <class Key, class Value, class GenerationFactory>
