@@ -66,11 +66,11 @@ To converted(From value, bool& exact) {
         return To(real, converted<Part>(value.imag(), exact));
     } else if constexpr (isComplexElement<To>) {
         // A NaN that becomes complex counts as lost, even where its own type stays.
-        exact &= lossOf(value, value) == 0;
+        exact &= value == value;
         return To(converted<RealPartOf<To>>(value, exact));
     } else {
         const To result = convertNumber<To>(value);
-        exact &= lossOf(value, result) == 0;
+        exact &= !isLost<From, To>(lossOf(value, result));
         return result;
     }
 }

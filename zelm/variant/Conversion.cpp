@@ -5,6 +5,7 @@
 #include <zelm/variant/ObjectConversion.h>
 
 #include <algorithm>
+#include <array>
 #include <stdexcept>
 #include <vector>
 
@@ -48,19 +49,18 @@ struct NumberArray {
     }
 };
 
-/// The elements come into being a run at a time, so that they are still in the cache when they get their
-/// values.
+/// The elements get their values a run at a time, in the cache, and the result is written once.
 template <class To>
 std::vector<StoredElement<To>> convertNumbers(const NumberArray& from, const NumberConversion& convert) {
+    std::array<StoredElement<To>, NumberConversion::kLongestRun> run;
     std::vector<StoredElement<To>> to;
     to.reserve(from.count);
     while (to.size() < from.count) {
-        const std::size_t done = to.size();
-        const std::size_t run = std::min(from.count - done, NumberConversion::kLongestRun);
-        to.resize(done + run);
-        if (!convert(from.at(done), to.data() + done, run)) {
+        const std::size_t count = std::min(from.count - to.size(), run.size());
+        if (!convert(from.at(to.size()), run.data(), count)) {
             throwCheckFailed();
         }
+        to.insert(to.end(), run.data(), run.data() + count);
     }
     return to;
 }

@@ -21,20 +21,16 @@ public:
     bool operator()(const void* from, void* to, std::size_t count) const noexcept;
 
 private:
-    using Convert = void(const void* from, void* to, std::size_t count) noexcept;
-    using Compare = bool(const void* from, const void* to, std::size_t count) noexcept;
+    using Convert = bool(const void* from, void* to, std::size_t count) noexcept;
+    using Rearrange = void(const void* from, void* to, std::size_t count) noexcept;
     using IsReal = bool(const void* complex, std::size_t count) noexcept;
-
-    bool convertParts(const void* from, void* to, std::size_t count) const noexcept;
 
     bool fromComplex_;
     bool toComplex_;
     Convert* convert_ = nullptr;
-    Convert* takeRealParts_ = nullptr;
-    Convert* addImaginaryParts_ = nullptr;
-    // Null if there is nothing to check.
-    Compare* allSurvive_ = nullptr;
-    IsReal* isReal_ = nullptr;
+    Rearrange* takeRealParts_ = nullptr;
+    Rearrange* addImaginaryParts_ = nullptr;
+    IsReal* isReal_ = nullptr; ///< null if there is nothing to check
 };
 
 } // namespace Zelm::details

@@ -118,8 +118,8 @@ constexpr bool isNegative([[maybe_unused]] T value) noexcept {
     }
 }
 
-/// Zero if `from` comes back exactly from the `to` that it became. Between integers the sign has to last as
-/// well: -56 comes back as the 200 that it was, but it is another number.
+/// What `from` lost when it became `to`, for isLost(). Between integers the sign has to last as well: -56
+/// comes back as the 200 that it was, but it is another number.
 ///
 /// The result is made for loops that OR it over an array: it is as wide as the number, and no comparison that
 /// SSE2 lacks (that of 64-bit integers, and a road from one of doubles to integers) stands in its way.
@@ -130,9 +130,19 @@ BitsOf<From> lossOf(From from, To to) noexcept {
         constexpr bool mayChangeSign = std::is_signed_v<From> != std::is_signed_v<To>;
         const BitsOf<From> hasChangedSign = mayChangeSign && isNegative(from) != isNegative(to);
         return static_cast<BitsOf<From>>((bitsOf(from) ^ bitsOf(back)) | hasChangedSign);
+    } else if constexpr (std::is_integral_v<To>) {
+        return bitsOf(back - from);
     } else {
         return bitsOf(from == back ? From(0) : From(1));
     }
+}
+
+/// Whether any of the losses that were ORed is one. What comes back from an integer is finite, so that its
+/// difference from the same number is a zero, of either sign.
+template <class From, class To>
+constexpr bool isLost(BitsOf<From> losses) noexcept {
+    constexpr bool isDifference = std::is_floating_point_v<From> && std::is_integral_v<To>;
+    return static_cast<BitsOf<From>>(isDifference ? losses << 1 : losses) != 0;
 }
 
 /// Whether every `From` survives, so that no test is worth its time. No floating type is among them: a NaN

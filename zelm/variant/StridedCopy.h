@@ -6,12 +6,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <type_traits>
 #include <vector>
 
 namespace Zelm::details {
 
-/// Steps through every `stride`-th element of an array.
-template <class Element>
+/// Steps through every `stride`-th element of an array. `Stride` is a number, or one that is known when
+/// compiled.
+template <class Element, class Stride>
 class StridedIterator {
 public:
     using iterator_category = std::random_access_iterator_tag;
@@ -20,7 +22,7 @@ public:
     using pointer = const Element*;
     using reference = const Element&;
 
-    StridedIterator(const Element* origin, std::uint64_t stride, std::uint64_t position) noexcept
+    StridedIterator(const Element* origin, Stride stride, std::uint64_t position) noexcept
         : origin_(origin), stride_(stride), position_(position) {}
 
     reference operator*() const noexcept { return origin_[position_ * stride_]; }
@@ -46,12 +48,19 @@ public:
 
 private:
     const Element* origin_;
-    std::uint64_t stride_;
+    Stride stride_;
     std::uint64_t position_;
 };
 
 /// Runs below this length are cheaper to copy element by element.
 inline constexpr std::uint64_t kShortRun = 8;
+
+/// Appends `count` elements, `stride` apart.
+template <class Element, class Stride>
+void appendStrided(std::vector<Element>& list, const Element* first, Stride stride, std::uint64_t count) {
+    using Iterator = StridedIterator<Element, Stride>;
+    list.insert(list.end(), Iterator(first, stride, 0), Iterator(first, stride, count));
+}
 
 /// The elements of a slice in the slice's order. `source` has more than `plan.largestOffset()` elements.
 template <class Element>
@@ -66,9 +75,11 @@ std::vector<Element> gather(const Element* source, const SlicePlan& plan) {
             }
         } else if (run.step == 1) {
             selected.insert(selected.end(), first, first + run.count);
+        } else if (run.step == 2) {
+            // Two loads of neighbours and a shuffle, where compilers know it.
+            appendStrided(selected, first, std::integral_constant<std::uint64_t, 2>(), run.count);
         } else {
-            selected.insert(selected.end(), StridedIterator<Element>(first, run.step, 0),
-                            StridedIterator<Element>(first, run.step, run.count));
+            appendStrided(selected, first, run.step, run.count);
         }
     });
     return selected;
