@@ -15,6 +15,20 @@
 using namespace Zelm;
 using namespace Zelm::Testing;
 
+namespace {
+
+/// What a conversion gives, or which exception it throws.
+template <class Convert>
+auto outcomeOf(Convert convert) -> std::pair<decltype(convert()), std::string> {
+    try {
+        return {convert(), ""};
+    } catch (const utf8::exception& error) {
+        return {{}, typeid(error).name() + std::string(error.what())};
+    }
+}
+
+} // namespace
+
 TEST(Numbers, AreReadByTheirGrammarAsTheNearest) {
     const std::regex integer("[ \t]*[-+]?[0-9]+[ \t]*\n?");
     const std::regex number("[ \t]*[-+]?([0-9]+\\.?[0-9]*|\\.[0-9]+)([eE][-+]?[0-9]+)?[ \t]*\n?");
@@ -119,16 +133,59 @@ TEST(Conversions, CutTokensThatLieSideBySide) {
             at = token.end() + 1;
         }
         ASSERT_EQ(at, text.end() + 1);
+        ASSERT_TRUE(set.size() != 1 || tokens.capacity() == tokens.size());
         tokens.erase(std::remove(tokens.begin(), tokens.end(), ZString()), tokens.end());
+        const std::vector<ZString> kept = tokenize(text, set, false);
+        ASSERT_TRUE(kept == tokens && (set.size() != 1 || kept.capacity() == kept.size()));
         ASSERT_EQ(tokenize_to_std(text, set, false), convertZStringVectorToStd(tokens));
     }
 }
 
-TEST(Conversions, CarryTextToUtf16AndBackOrRefuseIt) {
-    std::string bytes = "\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF";
-    std::u16string units = u"\x7F\x80\x7FF\x800\xFFFF\xD800\xDC00\xDBFF\xDFFF";
-    for (std::size_t ascii = 0; ascii < 40; ++ascii, bytes = 'a' + bytes, units = u'a' + units) {
-        EXPECT_TRUE(convertZStringToUtf16(bytes) == units && convertUtf16ToZString(units) == bytes);
+TEST(Conversions, CarryTextToUtf16AndBackOrRefuseItAsUtf8CppDoes) {
+    const std::vector<std::string> bytePieces = {"a",
+                                                 "\xC2\x80",
+                                                 "\xDF\xBF",
+                                                 "\xE0\xA0\x80",
+                                                 "\xED\x9F\xBF",
+                                                 "\xEE\x80\x80",
+                                                 "\xEF\xBF\xBF",
+                                                 "\xF0\x90\x80\x80",
+                                                 "\xF4\x8F\xBF\xBF",
+                                                 "\x80",
+                                                 "\xC1\xBF",
+                                                 "\xC2",
+                                                 "\xE0\x9F\xBF",
+                                                 "\xE2\x82",
+                                                 "\xED\xA0\x80",
+                                                 "\xF0\x8F\xBF\xBF",
+                                                 "\xF0\x9F\x98",
+                                                 "\xF4\x90\x80\x80",
+                                                 "\xF8\x88\x80\x80\x80"};
+    const std::vector<std::u16string> unitPieces = {
+        u"a",      u"\x80",   u"\x7FF",        u"\x800",        u"\xD7FF",
+        u"\xE000", u"\xFFFF", u"\xD800\xDC00", u"\xDBFF\xDFFF", u"\xD800",
+        u"\xDBFF", u"\xDC00", u"\xDFFF"};
+    std::mt19937 random(8);
+    for (int round = 0; round < 20000; ++round) {
+        std::string bytes;
+        std::u16string units;
+        for (auto count = round ? random() % 9 : 40000; count > 0; --count) {
+            const std::size_t run = random() % 3 ? 0 : random() % (random() % 8 ? 20 : 150);
+            bytes.append(run, '\x7F') += bytePieces[random() % (round % 2 ? bytePieces.size() : 9)];
+            units.append(run, u'\x7F') += unitPieces[random() % (round % 2 ? unitPieces.size() : 9)];
+        }
+        // Cut from bytes that must not count.
+        const ZString cut = ZString(bytes + "\x80\x80\x80").left(bytes.size());
+        ASSERT_EQ(outcomeOf([&] { return convertZStringToUtf16(cut); }), outcomeOf([&] {
+                      std::u16string result;
+                      utf8::utf8to16(bytes.begin(), bytes.end(), std::back_inserter(result));
+                      return result;
+                  }));
+        ASSERT_EQ(outcomeOf([&] { return convertUtf16ToZString(units).to_string(); }), outcomeOf([&] {
+                      std::string result;
+                      utf8::utf16to8(units.begin(), units.end(), std::back_inserter(result));
+                      return result;
+                  }));
     }
     EXPECT_THROW_MSG(convertZStringToUtf16("a\xFF"), utf8::invalid_utf8, "Invalid UTF-8");
     EXPECT_THROW_MSG(convertZStringToUtf16("\xED\xA0\x80"), utf8::invalid_code_point, "Invalid code point");

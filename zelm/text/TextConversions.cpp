@@ -1,3 +1,4 @@
+#include <zelm/text/BlockSum.h>
 #include <zelm/text/CharacterSet.h>
 #include <zelm/text/Padding.h>
 #include <zelm/text/TextConversions.h>
@@ -25,9 +26,28 @@ ZString repeatChar(char c, std::size_t count) {
     return ZString(std::string(count, c));
 }
 
+namespace {
+
+/// How many tokens one delimiter leaves: as many as it ends and one more, or as there are last characters of
+/// tokens that are not empty.
+std::size_t countTokens(ZStringView text, char delimiter, bool keep_empty) {
+    if (keep_empty) {
+        return 1 + details::blockSum(text.size(), [=](std::size_t i) { return text[i] == delimiter; });
+    }
+    return text.empty() ? 0
+                        : (text.back() != delimiter) + details::blockSum(text.size() - 1, [=](std::size_t i) {
+                              return int{text[i] != delimiter} & int{text[i + 1] == delimiter};
+                          });
+}
+
+} // namespace
+
 std::vector<ZString> tokenize(const ZString& text, const ZString& delimiters, bool keep_empty) {
     const details::CharacterSet separators(delimiters);
     std::vector<ZString> tokens;
+    if (delimiters.size() == 1) {
+        tokens.reserve(countTokens(text, delimiters.front(), keep_empty));
+    }
     std::size_t start = 0;
     while (true) {
         const std::size_t end = separators.findFirstIn(text, start);

@@ -1,5 +1,5 @@
 #include <zelm/text/CharacterSet.h>
-#include <zelm/text/LinearSearch.h>
+#include <zelm/text/FoldedSearch.h>
 #include <zelm/text/ZStringView.h>
 
 #include <algorithm>
@@ -43,7 +43,7 @@ std::size_t TextRange::find(ZStringView needle, std::size_t pos) const noexcept 
     if (needle.size() <= 1) {
         return needle.empty() ? pos : find(needle.front(), pos);
     }
-    return indexOf(::memmem(data_ + pos, length_ - pos, needle.data(), needle.size()), data_);
+    return findFolded<same>(*this, needle, pos);
 }
 
 std::size_t TextRange::find(char c, std::size_t pos) const noexcept {

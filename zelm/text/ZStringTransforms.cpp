@@ -1,8 +1,10 @@
 #include <zelm/text/AsciiCase.h>
-#include <zelm/text/LinearSearch.h>
+#include <zelm/text/BlockSum.h>
+#include <zelm/text/FoldedSearch.h>
 #include <zelm/text/ZString.h>
 
 #include <algorithm>
+#include <cstring>
 
 namespace Zelm {
 
@@ -22,38 +24,20 @@ bool equalIgnoringCase(const char* a, const char* b, std::size_t count) noexcept
                       [](char x, char y) { return details::toLower(x) == details::toLower(y); });
 }
 
-/// The first position of a letter in either case at or behind `from`, the size of the text if there is none.
-/// Looks ahead in growing windows, so that the case that does not occur is not sought through the whole text
-/// each time.
-std::size_t findEitherCase(ZStringView text, char letter, std::size_t from) noexcept {
-    for (std::size_t window = 64; from < text.size(); window *= 2) {
-        ZStringView ahead(text.data() + from, std::min(window, text.size() - from));
-        const std::size_t windowSize = ahead.size();
-        const std::size_t lower = ahead.find(details::toLower(letter));
-        ahead.remove_suffix(windowSize - std::min(lower, windowSize));
-        const std::size_t first = std::min(lower, ahead.find(details::toUpper(letter)));
-        if (first != ZStringView::npos) {
-            return from + first;
-        }
-        from += windowSize;
-    }
-    return text.size();
+/// The first match of a needle at or after `pos`, letters of either case being equal; `npos` if there is
+/// none.
+std::size_t findIgnoringCase(ZStringView text, ZStringView needle, std::size_t pos) noexcept {
+    return needle.empty() ? text.find(needle, pos) : details::findFolded<details::toLower>(text, needle, pos);
 }
 
-/// The first match of a needle at or after `pos`; `npos` if there is none.
-std::size_t findIgnoringCase(ZStringView text, ZStringView needle, std::size_t pos) noexcept {
-    if (needle.size() > text.size() || pos > text.size() - needle.size()) {
-        return ZStringView::npos;
+/// Copies `count` characters, mostly few: all at once where there is room for as many in both texts.
+void copyPiece(const char* from, std::size_t count, std::size_t room, char* to) noexcept {
+    constexpr std::size_t kFew = 16;
+    if (count <= kFew && room >= kFew) {
+        std::memcpy(to, from, kFew);
+    } else {
+        std::memcpy(to, from, count);
     }
-    if (needle.empty()) {
-        return pos;
-    }
-    text.remove_prefix(pos);
-    const std::size_t found =
-        details::findMatch([=](std::size_t i) { return details::toLower(text[i]); }, text.size(),
-                           [=](std::size_t i) { return details::toLower(needle[i]); }, needle.size(),
-                           [=](std::size_t from) { return findEitherCase(text, needle.front(), from); });
-    return found == ZStringView::npos ? found : pos + found;
 }
 
 /// `text` with every match replaced by `to`: `find(pos)` finds the first one at or after a position, and each
@@ -64,14 +48,22 @@ ZString replaced(const ZString& text, std::size_t matchLength, ZStringView to, F
     if (match == ZString::npos) {
         return text;
     }
-    std::string result;
-    result.reserve(text.size() + to.size());
-    std::size_t kept = 0;
-    while (match != ZString::npos) {
-        result.append(text.data() + kept, match - kept).append(to.data(), to.size());
+    std::string result(text.size() + to.size(), '\0');
+    std::size_t size = 0, kept = 0;
+    do {
+        const std::size_t between = match - kept;
+        if (size + between + to.size() > result.size()) {
+            result.resize(2 * (size + between + to.size()));
+        }
+        copyPiece(text.data() + kept, between, std::min(text.size() - kept, result.size() - size),
+                  result.data() + size);
+        size += between;
+        copyPiece(to.data(), to.size(), 0, result.data() + size);
+        size += to.size();
         kept = std::min(match + matchLength, text.size());
         match = find(kept);
-    }
+    } while (match != ZString::npos);
+    result.resize(size);
     result.append(text.data() + kept, text.size() - kept);
     return ZString(std::move(result));
 }
@@ -132,7 +124,7 @@ ZString ZString::replace_ignore_case(ZStringView from, ZStringView to) const {
 }
 
 std::size_t ZString::count_occurrences(char c) const noexcept {
-    return static_cast<std::size_t>(std::count(begin(), end(), c));
+    return details::blockSum(length_, [=](std::size_t i) { return data_[i] == c; });
 }
 
 } // namespace Zelm
