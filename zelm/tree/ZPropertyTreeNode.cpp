@@ -28,6 +28,9 @@ ZPropertyTreeNode<Key, Value, GenerationFactory>::ZPropertyTreeNode(ZPropertyVer
 }
 
 template <class Key, class Value, class GenerationFactory>
+ZPropertyTreeNode<Key, Value, GenerationFactory>::~ZPropertyTreeNode() = default;
+
+template <class Key, class Value, class GenerationFactory>
 const Key& ZPropertyTreeNode<Key, Value, GenerationFactory>::objectType() const noexcept {
     // Never destroyed: objects of static lifetime may ask for it at the very end.
     static const Key& s_none = *new Key();

@@ -36,8 +36,6 @@ struct ZPropertyVersion {
 /// Nodes are shared between tree versions and are read-only there. Writing is for the version that made the
 /// node, while nobody else has seen it: through a `ZMutablePropertyHandle` or, for code that builds a whole
 /// tree, directly on the nodes below `ZMutablePropertyHandle::node`.
-///
-/// Destruction lets go of the children without recursion, however deep the tree is.
 template <class Key, class Value, class GenerationFactory>
 class ZPropertyTreeNode {
 public:
@@ -48,6 +46,8 @@ public:
     explicit ZPropertyTreeNode(ZPropertyVersion version, Value value = Value(), Key objectType = Key());
     ZPropertyTreeNode(const ZPropertyTreeNode&) = delete;
     ZPropertyTreeNode& operator=(const ZPropertyTreeNode&) = delete;
+    /// Lets go of the children without recursion, however deep the tree is.
+    ~ZPropertyTreeNode();
 
     const Value& value() const noexcept { return value_; }
     /// The object type; empty if there is none.
