@@ -71,28 +71,6 @@ const Comparison writing(
         return ours.find(peer.substr(5, peer.size() - 7)) != std::string::npos;
     });
 
-const Comparison reading(
-    "deserialize 10^6 doubles / Json::Reader::parse alone", 1.1,
-    [] {
-        const std::string source = text(document());
-        return [=] {
-            std::istringstream in(source);
-            return JSONFormatter().deserialize(in);
-        };
-    },
-    [] {
-        const std::string source = text(document());
-        return [=] {
-            Json::Value root;
-            Json::Reader reader;
-            reader.parse(source.data(), source.data() + source.size(), root, true);
-            return root;
-        };
-    },
-    [](const ZPropertyHandle& ours, Json::Value peer) {
-        return ours.isEquivalentTo(JSONFormatter().ReadPropertyTree(std::move(peer)));
-    });
-
 auto readAndWrite(const ZPropertyHandle& tree) {
     const std::string source = text(tree);
     return [=] {

@@ -4,10 +4,30 @@
 #include <zelm/text/Utf16.h>
 
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <utility>
 
 namespace Zelm::details {
+
+namespace {
+
+/// Whether the parser, too, reads `digits` as this number. It takes what has neither point nor exponent for
+/// an integer of 64 bits first and rounds it in steps of its own if no double is equal to it.
+bool isReadAlike(std::string_view digits, double magnitude) noexcept {
+    constexpr double kAllIntegersBelow = 9007199254740992.0;   // 2^53
+    constexpr double kNoIntegersFrom = 18446744073709551616.0; // 2^64
+    if (magnitude < kAllIntegersBelow || magnitude > kNoIntegersFrom) {
+        return true;
+    }
+    std::uint64_t integer = 0;
+    const char* const end = digits.data() + digits.size();
+    const std::from_chars_result result = std::from_chars(digits.data(), end, integer);
+    const bool isInteger = result.ec == std::errc() && result.ptr == end;
+    return !isInteger || (magnitude < kNoIntegersFrom && static_cast<std::uint64_t>(magnitude) == integer);
+}
+
+} // namespace
 
 bool JsonScanner::skipBehind(std::string_view text) noexcept {
     const std::string_view rest(position_, static_cast<std::size_t>(end_ - position_));
@@ -108,26 +128,26 @@ bool JsonScanner::real(double& value) noexcept {
     }
     const std::from_chars_result result = std::from_chars(start, end_, value);
     position_ = result.ptr;
-    const std::string_view token(start, static_cast<std::size_t>(result.ptr - start));
+    const std::string_view digits(start + isNegative,
+                                  static_cast<std::size_t>(result.ptr - start) - isNegative);
     if (result.ec != std::errc()) {
         const double infinity = std::numeric_limits<double>::infinity();
         value = isNegative ? -infinity : infinity;
-        return token.substr(isNegative) == kJsonInfinity;
+        return digits == kJsonInfinity;
     }
     if (isNegative && value == 0) {
         value = 0; // the integer -0 has no sign
-        return token == "-0";
+        return digits == "0";
     }
-    return true;
+    return isReadAlike(digits, std::abs(value));
 }
 
-/// By way of a double, as for the parser, but that it rounds large integers at once.
+/// By way of a double, as for the parser.
 bool JsonScanner::real(float& value) noexcept {
-    constexpr double kAllIntegersBelow = 9007199254740992.0; // 2^53
     double exact = 0;
     const bool isRead = real(exact);
     value = static_cast<float>(exact);
-    return isRead && (std::abs(exact) < kAllIntegersBelow || static_cast<double>(value) == exact);
+    return isRead;
 }
 
 bool JsonScanner::boolean(bool& value) noexcept {
