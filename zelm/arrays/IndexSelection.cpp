@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <functional>
 #include <stdexcept>
-#include <typeinfo>
 
 namespace Zelm::details {
 
@@ -16,12 +15,6 @@ void append(std::vector<std::uint64_t>& list, const IndexRun& run) {
     const std::size_t before = list.size();
     list.resize(before + run.count);
     run.writeTo(list.data() + before);
-}
-
-/// Whether the item is of the class `Item` itself, so that what it selects is known without asking it.
-template <class Item>
-const Item* exactly(const IndexItem& item) {
-    return typeid(item) == typeid(Item) ? static_cast<const Item*>(&item) : nullptr;
 }
 
 void append(std::vector<std::uint64_t>& list, const IndexItem& item, std::uint64_t extent) {

@@ -3,6 +3,8 @@
 #include <zelm/arrays/IndexSet.h>
 
 #include <cstdint>
+#include <typeinfo>
+#include <utility>
 #include <vector>
 
 namespace Zelm::details {
@@ -24,6 +26,14 @@ struct IndexRun {
         return out + count;
     }
 };
+
+/// The item if it is of the class `Item` itself, so that what it does is known without asking it. Types are
+/// told by address: should there be a second copy of one, its items are asked as those of users are, with the
+/// same outcome.
+template <class Item>
+const Item* exactly(const IndexItem& item) noexcept {
+    return &typeid(item) == &typeid(Item) ? static_cast<const Item*>(&item) : nullptr;
+}
 
 /// @throws std::length_error "vector<T> too long", always.
 [[noreturn]] void throwVectorTooLong();
@@ -49,6 +59,8 @@ public:
     /// The runs, ascending.
     const IndexRun* begin() const noexcept { return isOneRun() ? &only_ : runs_.data(); }
     const IndexRun* end() const noexcept { return isOneRun() ? &only_ + 1 : runs_.data() + runs_.size(); }
+    IndexRun* begin() noexcept { return const_cast<IndexRun*>(std::as_const(*this).begin()); }
+    IndexRun* end() noexcept { return const_cast<IndexRun*>(std::as_const(*this).end()); }
 
 private:
     void setOnly(const IndexRun& run) noexcept;

@@ -3,7 +3,6 @@
 #include <zelm/arrays/IndexSelection.h>
 
 #include <algorithm>
-#include <typeinfo>
 #include <utility>
 
 namespace Zelm {
@@ -11,8 +10,7 @@ namespace Zelm {
 namespace {
 
 bool fits(const IndexItem& item, std::uint64_t extent) {
-    const std::type_info& type = typeid(item);
-    if (type == typeid(IndexValue) || type == typeid(IndexRange)) {
+    if (details::exactly<IndexRange>(item) || details::exactly<IndexValue>(item)) {
         return item.isValid(extent);
     }
     // A user's own item may note down what it is asked: a copy answers, and the one in the set stays as it

@@ -41,17 +41,15 @@ SlicePlan::SlicePlan(const std::vector<IndexSet>& indexSets, const ArrayDimensio
     if (!valid_) {
         return;
     }
-    const std::vector<std::uint64_t> strides = effectiveStrides(source, sourceOrdering);
-    std::vector<std::uint64_t> extents;
-    extents.reserve(strides.size());
-    for (std::size_t i = 0; i < strides.size() && valid_; ++i) {
-        valid_ = indexSets[i].isValid(source[i]);
-        if (valid_) {
-            const IndexSelection selection(indexSets[i], source[i]);
-            extents.push_back(selection.size());
-            addDimension(selection, strides[i]);
-        }
+    // Each stride gives way to the extent of the slice.
+    std::vector<std::uint64_t> extents = effectiveStrides(source, sourceOrdering);
+    axes_.reserve(extents.size());
+    std::size_t fitting = 0;
+    for (; fitting < extents.size() && indexSets[fitting].isValid(source[fitting]); ++fitting) {
+        extents[fitting] = addDimension(indexSets[fitting], source[fitting], extents[fitting]);
     }
+    valid_ = fitting == extents.size();
+    extents.resize(fitting);
     dimensions_ = ArrayDimensions(std::move(extents));
     size_ = valid_ ? dimensions_.countAllElements() : 0;
     if (size_ == 0) {
@@ -64,36 +62,42 @@ SlicePlan::SlicePlan(const std::vector<IndexSet>& indexSets, const ArrayDimensio
     joinAxes();
 }
 
-void SlicePlan::addDimension(const IndexSelection& selection, std::uint64_t stride) {
-    if (selection.size() == 0) {
-        return;
+std::uint64_t SlicePlan::addDimension(const IndexSet& set, std::uint64_t extent, std::uint64_t stride) {
+    IndexSelection& selection = axes_.emplace_back(set, extent);
+    const std::uint64_t size = selection.size();
+    if (size > 0) {
+        const std::uint64_t last = (selection.end() - 1)->last();
+        largestOffset_ = saturatingSum(largestOffset_, saturatingProduct(last, stride));
     }
-    const std::uint64_t last = (selection.end() - 1)->last();
-    largestOffset_ = saturatingSum(largestOffset_, saturatingProduct(last, stride));
     if (selection.isOneRun()) {
-        origin_ += selection.begin()->first * stride;
+        origin_ += std::exchange(selection.begin()->first, 0) * stride;
     }
-    if (selection.size() == 1) {
-        return;
+    if (size < 2) {
+        axes_.pop_back();
+        return size;
     }
-    Axis axis(selection.begin(), selection.end());
-    for (IndexRun& run : axis) {
-        run.first = selection.isOneRun() ? 0 : run.first * stride;
+    for (IndexRun& run : selection) {
+        run.first *= stride;
         run.step *= stride;
     }
-    axes_.push_back(std::move(axis));
+    return size;
 }
 
 void SlicePlan::joinAxes() {
-    std::vector<Axis> joined;
-    joined.reserve(axes_.size());
-    for (Axis& axis : axes_) {
-        const bool canJoin = !joined.empty() && joined.back().size() == 1 && axis.size() == 1;
-        if (!canJoin || !join(joined.back().front(), axis.front())) {
-            joined.push_back(std::move(axis));
+    if (axes_.empty()) {
+        return;
+    }
+    auto last = axes_.begin();
+    for (auto axis = last + 1; axis != axes_.end(); ++axis) {
+        const bool canJoin = last->isOneRun() && axis->isOneRun();
+        if (canJoin && join(*last->begin(), *axis->begin())) {
+            continue;
+        }
+        if (++last != axis) {
+            *last = std::move(*axis);
         }
     }
-    axes_ = std::move(joined);
+    axes_.erase(last + 1, axes_.end());
 }
 
 } // namespace Zelm::details

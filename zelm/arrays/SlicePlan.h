@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace Zelm::details {
@@ -27,7 +28,8 @@ public:
     bool isValid() const noexcept { return valid_; }
 
     /// The shape of the slice; of an invalid plan the extents that came before the fault.
-    const ArrayDimensions& dimensions() const noexcept { return dimensions_; }
+    const ArrayDimensions& dimensions() const& noexcept { return dimensions_; }
+    ArrayDimensions dimensions() && noexcept { return std::move(dimensions_); }
 
     /// The number of elements of the slice; 0 for an invalid plan, 2^64-1 for 2^64 or more.
     std::uint64_t size() const noexcept { return size_; }
@@ -35,6 +37,10 @@ public:
     /// The largest source offset of all runs; 0 if there are none. A loop over storage that has more elements
     /// than this needs no further test. 2^64-1 if it does not fit into 64 bits.
     std::uint64_t largestOffset() const noexcept { return largestOffset_; }
+
+    /// The length of the first run that forEachRun() will visit; the others are as long but for irregular
+    /// slices.
+    std::uint64_t firstRunLength() const noexcept { return axes_.empty() ? 1 : axes_.front().begin()->count; }
 
     /// Calls `visit(const IndexRun&)` with runs of source offsets that together are the elements of the
     /// slice, in the slice's own ordering. Each run has at least one element.
@@ -53,10 +59,8 @@ public:
     }
 
 private:
-    /// One loop: the offsets that it adds, as runs.
-    using Axis = std::vector<IndexRun>;
-
-    void addDimension(const IndexSelection& selection, std::uint64_t stride);
+    /// Adds the loop over one dimension and returns its number of indices.
+    std::uint64_t addDimension(const IndexSet& set, std::uint64_t extent, std::uint64_t stride);
     void joinAxes();
 
     // The depth stays below 64 for every size of less than 2^64, since each axis has two elements or more.
@@ -87,7 +91,9 @@ private:
     std::uint64_t size_ = 0;
     std::uint64_t origin_ = 0;
     std::uint64_t largestOffset_ = 0;
-    std::vector<Axis> axes_; ///< the fastest first
+    /// The loops, the fastest first: each is the offsets that it adds. The size of one that was joined is not
+    /// kept.
+    std::vector<IndexSelection> axes_;
 };
 
 } // namespace Zelm::details

@@ -52,9 +52,6 @@ private:
     std::uint64_t position_;
 };
 
-/// Runs below this length are cheaper to copy element by element.
-inline constexpr std::uint64_t kShortRun = 8;
-
 /// Appends `count` elements, `stride` apart.
 template <class Element, class Stride>
 void appendStrided(std::vector<Element>& list, const Element* first, Stride stride, std::uint64_t count) {
@@ -65,15 +62,25 @@ void appendStrided(std::vector<Element>& list, const Element* first, Stride stri
 /// The elements of a slice in the slice's order. `source` has more than `plan.largestOffset()` elements.
 template <class Element>
 std::vector<Element> gather(const Element* source, const SlicePlan& plan) {
+    // Runs below this length cost less element by element, with zeros written before, than as parts of the
+    // vector.
+    constexpr std::uint64_t kShortRun = 8;
     std::vector<Element> selected;
+    if (std::is_trivially_copyable_v<Element> && plan.firstRunLength() < kShortRun) {
+        selected.resize(plan.size());
+        Element* out = selected.data();
+        plan.forEachRun([&](const IndexRun& run) {
+            const Element* first = source + run.first;
+            for (std::uint64_t i = 0; i < run.count; ++i) {
+                *out++ = first[i * run.step];
+            }
+        });
+        return selected;
+    }
     selected.reserve(plan.size());
     plan.forEachRun([&](const IndexRun& run) {
         const Element* first = source + run.first;
-        if (run.count < kShortRun) {
-            for (std::uint64_t i = 0; i < run.count; ++i) {
-                selected.push_back(first[i * run.step]);
-            }
-        } else if (run.step == 1) {
+        if (run.step == 1) {
             selected.insert(selected.end(), first, first + run.count);
         } else if (run.step == 2) {
             // Two loads of neighbours and a shuffle, where compilers know it.

@@ -1,5 +1,6 @@
 #include <zelm/variant/Variant.h>
 
+#include <zelm/arrays/SlicePlan.h>
 #include <zelm/variant/Conversion.h>
 #include <zelm/variant/NullVariantStorage.h>
 #include <zelm/variant/VariantAccess.h>
@@ -23,14 +24,6 @@ T firstElement(const details::VectorVariantStorage<T>& storage) {
 
 bool isSoundScalar(const AbstractVariantStorage& storage) {
     return details::elementCountOf(storage) == 1 && details::shapeOf(&storage).isScalar();
-}
-
-details::StorageComparison* comparisonFor(WellKnownType type) {
-    details::StorageComparison* comparison = &details::compareNullStorages;
-    details::visitElementType(type, [&comparison](auto tag) {
-        comparison = &details::compareStorages<typename decltype(tag)::type>;
-    });
-    return comparison;
 }
 
 } // namespace
@@ -76,14 +69,23 @@ Variant Variant::convertedTo(WellKnownType type) const {
 }
 
 Variant Variant::slice(const std::vector<IndexSet>& indexSets) const {
+    const DataOrdering ordering = dataOrdering();
+    details::SlicePlan plan(indexSets, VariantAccess::shape(*this), ordering, ordering);
     std::shared_ptr<AbstractVariantStorage> selected;
-    if (storage) {
-        selected = storage->slice(indexSets, storage);
-    }
+    details::StorageComparison* comparison = nullptr;
+    details::visitElementType(wellKnownType(), [&](auto tag) {
+        using T = typename decltype(tag)::type;
+        if (plan.isValid()) {
+            auto elements = VariantAccess::typed<T>(*this)->select(plan);
+            selected = std::make_shared<details::VectorVariantStorage<T>>(
+                std::move(elements), std::move(plan).dimensions(), ordering);
+            comparison = &details::compareStorages<T>;
+        }
+    });
     if (!selected) {
         throw std::invalid_argument("Array slice invalid");
     }
-    return Variant(std::move(selected), comparisonFor(wellKnownType()));
+    return Variant(std::move(selected), comparison);
 }
 
 void Variant::assignSlice(const std::vector<IndexSet>& indexSets, Variant value) {

@@ -7,6 +7,8 @@
 
 namespace Zelm::details {
 
+class SlicePlan;
+
 /// The storage of an array with elements of type `T`: a flat vector, its shape, and the ordering in which the
 /// vector is laid out over the shape. Instantiated for the 27 element types.
 template <class T>
@@ -47,6 +49,10 @@ public:
           std::shared_ptr<AbstractVariantStorage> self) const override;
     void assignSlice(const std::vector<IndexSet>& indexSets, std::shared_ptr<AbstractVariantStorage> self,
                      Variant value) override;
+
+    /// The elements of a slice, whose plan is valid for this shape and has this ordering on both sides.
+    /// Throws `std::out_of_range` "Offset out of bounds" if the shape claims more elements than there are.
+    std::vector<Element> select(const SlicePlan& plan) const;
 
     /// The elements and the shape themselves, for code that knows `T`.
     std::vector<Element>& elements() noexcept { return data_; }

@@ -137,6 +137,12 @@ std::unique_ptr<AbstractVariantStorage> VectorVariantStorage<T>::convertTo(WellK
 }
 
 template <class T>
+auto VectorVariantStorage<T>::select(const SlicePlan& plan) const -> std::vector<Element> {
+    requireInside(plan, data_.size());
+    return gather(data_.data(), plan);
+}
+
+template <class T>
 std::unique_ptr<AbstractVariantStorage>
 VectorVariantStorage<T>::slice(const std::vector<IndexSet>& indexSets,
                                std::shared_ptr<AbstractVariantStorage>) const {
@@ -144,8 +150,7 @@ VectorVariantStorage<T>::slice(const std::vector<IndexSet>& indexSets,
     if (!plan.isValid()) {
         return nullptr;
     }
-    requireInside(plan, data_.size());
-    return std::make_unique<VectorVariantStorage>(gather(data_.data(), plan), plan.dimensions(), ordering_);
+    return std::make_unique<VectorVariantStorage>(select(plan), plan.dimensions(), ordering_);
 }
 
 template <class T>
