@@ -52,8 +52,8 @@ public:
     /// Reads one document, to the end of the stream, into a new tree, whatever the global locale's decimal
     /// point. Comments are skipped. Of several children of one name the last one stays. `1e+9999` and
     /// `-1e+9999` are infinities as elements of real or complex numbers, and malformed anywhere else.
-    /// Documents in exactly the form of serialize() take a tenth of the time of all others, and no memory but
-    /// for their text and the tree.
+    /// Documents in exactly the form of serialize() are read many times faster than all others, with no
+    /// memory but for their text and the tree.
     ///
     /// Throws `std::invalid_argument` "error parsing JSON: " with the parser's messages, the failures of
     /// ReadVariant(), and jsoncpp's own exceptions, which derive from nothing but `std::exception`:

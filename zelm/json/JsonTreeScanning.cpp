@@ -14,8 +14,8 @@ namespace Zelm::details {
 
 namespace {
 
-/// Arrays and objects that may stand in one another. The parser takes 1000 with what is in them; the three
-/// of a complex number in a value are counted before they are seen.
+/// The arrays and objects that may stand around a value. The parser takes 1000 levels, and a value of numbers
+/// brings up to four: itself, its data, a complex number, a part of that.
 constexpr std::size_t kMaxOpen = 1000 - 4;
 
 template <class T>
