@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <complex>
 #include <fstream>
@@ -14,6 +16,8 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 using namespace Zelm;
 
@@ -58,6 +62,83 @@ TEST(JSONFormatter, text_is_that_of_the_fast_writer_and_comes_back_to_the_last_b
         ASSERT_EQ(written(JSONFormatter().ReadPropertyTree(json)), document);
         ASSERT_EQ(written(read(document)), document);
         ASSERT_TRUE(read(document).isEquivalentTo(tree)) << document;
+    }
+}
+
+TEST(JSONFormatter, every_byte_is_written_as_the_fast_writer_does_wherever_it_stands) {
+    std::vector<std::string> texts;
+    for (int byte = 0; byte < 256; ++byte) {
+        for (std::size_t place = 0; place < 17; ++place) {
+            texts.emplace_back(17, 'a').at(place) = static_cast<char>(byte);
+        }
+    }
+    ZMutablePropertyTree tree;
+    tree.handle().setValue(texts);
+    const ZPropertyHandle handle = tree.immutableHandle();
+    ASSERT_EQ(written(handle), fastWriter(JSONFormatter().WritePropertyTree(handle)));
+}
+
+/// Takes so many bytes, then fails: by throwing or by taking no more.
+class LimitedBuffer : public std::streambuf {
+public:
+    LimitedBuffer(std::size_t room, bool throws) : room_(room), throws_(throws) {}
+    const std::string& bytes() const { return bytes_; }
+
+private:
+    std::streamsize xsputn(const char* text, std::streamsize count) override {
+        const std::size_t taken = std::min(static_cast<std::size_t>(count), room_ - bytes_.size());
+        bytes_.append(text, taken);
+        if (throws_ && taken < static_cast<std::size_t>(count)) {
+            throw std::range_error("full");
+        }
+        return static_cast<std::streamsize>(taken);
+    }
+    int_type overflow(int_type byte) override {
+        const char text = traits_type::to_char_type(byte);
+        return xsputn(&text, 1) == 1 ? byte : traits_type::eof();
+    }
+
+    std::size_t room_;
+    bool throws_;
+    std::string bytes_;
+};
+
+/// All that can be seen of a stream after something was inserted into it.
+template <class Insert>
+std::string seen(std::uint64_t choices, std::size_t size, const Insert& insert) {
+    const auto pick = [&choices](std::uint64_t count) {
+        return std::exchange(choices, choices / count) % count;
+    };
+    LimitedBuffer buffer(pick(4) * size / 2, pick(2));
+    std::ostream out(&buffer);
+    const auto stateBefore = std::array{out.goodbit, out.badbit, out.failbit, out.eofbit}[pick(4)];
+    out.clear(stateBefore);
+    out.width(static_cast<std::streamsize>(std::array{std::size_t{0}, size - 1, size + 50}[pick(3)]));
+    out << (pick(2) ? std::left : std::right);
+    std::string fault;
+    try {
+        out.exceptions(pick(2) ? out.badbit : out.goodbit);
+        insert(out);
+    } catch (const std::range_error&) {
+        fault = "buffer";
+    } catch (const std::ios_base::failure&) {
+        fault = "stream";
+    }
+    return fault + std::to_string(out.rdstate()) + ' ' + std::to_string(out.width()) + ' ' + buffer.bytes();
+}
+
+TEST(JSONFormatter, a_stream_takes_a_document_as_it_takes_a_string) {
+    for (const std::size_t count : {1U, 1000U, 30000U}) {
+        ZMutablePropertyTree tree("x");
+        tree.handle().setValue(std::vector<std::string>{std::string(count, 'a'), std::string(count, 'b')});
+        tree.handle().addChildValue("c", std::vector<int>(count, 1));
+        const ZPropertyHandle handle = tree.immutableHandle();
+        const std::string document = written(handle);
+        for (std::uint64_t choices = 0; choices < 4 * 2 * 4 * 3 * 2 * 2; ++choices) {
+            ASSERT_EQ(seen(choices, document.size(),
+                           [&](std::ostream& out) { JSONFormatter().serialize(out, "x", handle); }),
+                      seen(choices, document.size(), [&](std::ostream& out) { out << document; }));
+        }
     }
 }
 

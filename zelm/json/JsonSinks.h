@@ -1,11 +1,13 @@
 #pragma once
 
+#include <zelm/json/ChunkedText.h>
 #include <zelm/text/ZStringView.h>
 
 #include <json/json.h>
 
+#include <cstddef>
 #include <cstdint>
-#include <string>
+#include <cstring>
 #include <vector>
 
 namespace Zelm::details {
@@ -18,49 +20,68 @@ namespace Zelm::details {
 class JsonTextSink {
 public:
     void beginObject() { open('{'); }
-    void endObject() { text_ += '}'; }
+    void endObject() { close('}'); }
     void beginArray() { open('['); }
-    void endArray() { text_ += ']'; }
+    void endArray() { close(']'); }
 
     /// A key that needs no escape.
-    void key(const char* name) {
-        separate();
-        text_ += '"';
-        text_ += name;
-        text_ += "\":";
+    template <std::size_t N>
+    void key(const char (&name)[N]) {
+        writeQuoted(name, N - 1, ':');
     }
 
     void null() { word("null"); }
-    void boolean(bool value) { word(value ? "true" : "false"); }
+    void boolean(bool value) { value ? word("true") : word("false"); }
     void integer(std::int64_t value);
     void unsignedInteger(std::uint64_t value);
     void real(double value);
     void string(ZStringView value);
+    /// A string that needs no escape.
+    void plainString(ZStringView value) { writeQuoted(value.data(), value.size(), ','); }
 
-    void endDocument() { text_ += '\n'; }
-    const std::string& text() const noexcept { return text_; }
+    void endDocument() { text_.back() = '\n'; }
+    const ChunkedText& text() const noexcept { return text_; }
 
 private:
+    // A comma follows each value, until the bracket that closes an array or object takes the place of the
+    // last one.
     void open(char bracket) {
-        separate();
-        text_ += bracket;
+        char* const out = text_.room(1);
+        *out = bracket;
+        text_.endAt(out + 1);
     }
-    void word(const char* text) {
-        separate();
-        text_ += text;
-    }
-    /// A value needs a comma before it unless a bracket or a key stands there.
-    void separate() {
-        if (!text_.empty()) {
-            const char last = text_.back();
-            if (last != '{' && last != '[' && last != ':') {
-                text_ += ',';
-            }
+    void close(char bracket) {
+        if (text_.back() == ',') {
+            text_.back() = bracket;
+            open(',');
+        } else {
+            const char both[] = {bracket, ','};
+            append(both, sizeof both);
         }
     }
-    void escaped(unsigned char character);
+    template <std::size_t N>
+    void word(const char (&text)[N]) {
+        char* const out = text_.room(N);
+        std::memcpy(out, text, N - 1);
+        out[N - 1] = ',';
+        text_.endAt(out + N);
+    }
+    void append(const char* bytes, std::size_t count) {
+        char* const out = text_.room(count);
+        std::memcpy(out, bytes, count);
+        text_.endAt(out + count);
+    }
+    void writeQuoted(const char* text, std::size_t length, char follower) {
+        char* const out = text_.room(length + 3);
+        out[0] = '"';
+        std::memcpy(out + 1, text, length);
+        out[length + 1] = '"';
+        out[length + 2] = follower;
+        text_.endAt(out + length + 3);
+    }
+    void writeEscaped(ZStringView text, const char* escape);
 
-    std::string text_;
+    ChunkedText text_;
 };
 
 /// Builds a `Json::Value`.
@@ -80,6 +101,7 @@ public:
     void unsignedInteger(std::uint64_t value) { place() = Json::Value(static_cast<Json::UInt64>(value)); }
     void real(double value) { place() = Json::Value(value); }
     void string(ZStringView value) { place() = Json::Value(value.begin(), value.end()); }
+    void plainString(ZStringView value) { string(value); }
 
     Json::Value& value() noexcept { return root_; }
 

@@ -56,10 +56,10 @@ public:
             sink_.null();
         }
         sink_.key("type");
-        sink_.string("Variant");
+        sink_.plainString("Variant");
         if (hasElements) {
             sink_.key("wellKnownType");
-            sink_.string(value.wellKnownType().ToString());
+            sink_.plainString(value.wellKnownType().ToString());
         }
         sink_.endObject();
     }
@@ -77,7 +77,7 @@ private:
     void writeDataOrder(DataOrdering ordering) {
         if (ordering == RowMajor || ordering == ColumnMajor) {
             sink_.key("dataOrder");
-            sink_.string(ordering == RowMajor ? "rowMajor" : "columnMajor");
+            sink_.plainString(ordering == RowMajor ? "rowMajor" : "columnMajor");
         }
     }
 
@@ -175,7 +175,8 @@ public:
                 ++current.next;
                 enter(child.name, *child.node);
             } else {
-                leave(current);
+                sink_.endArray();
+                finish(current.name, current.node);
                 open_.pop_back();
             }
         }
@@ -193,20 +194,19 @@ private:
             throwNestedTooDeeply();
         }
         sink_.beginObject();
-        if (!node.children().empty()) {
+        if (node.children().empty()) {
+            finish(name, node);
+        } else {
             sink_.key("children");
             sink_.beginArray();
+            open_.push_back({name, node, node.children().begin()});
         }
-        open_.push_back({name, node, node.children().begin()});
     }
 
-    void leave(const OpenNode& current) {
-        const ZPropertyTreeNode& node = current.node;
-        if (!node.children().empty()) {
-            sink_.endArray();
-        }
+    /// Writes what stands behind the children.
+    void finish(const ZString& name, const ZPropertyTreeNode& node) {
         sink_.key("name");
-        sink_.string(current.name);
+        sink_.string(name);
         if (!node.objectType().empty()) {
             sink_.key("type");
             sink_.string(node.objectType());
