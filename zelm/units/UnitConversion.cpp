@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
+#include <iterator>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -16,19 +18,26 @@ double powerOfTen(const UnitMap& from, double value) {
     return std::pow(10.0, value / from.logMultiplier);
 }
 
-double linear(const UnitMap& from, const UnitMap& to, double value) {
-    return (from.offset + from.scale * value - to.offset) / to.scale;
+/// What the logarithm is taken of is no smaller; elsewhere this is no bound.
+double lowestOf(const UnitMap& to) {
+    return to.logMultiplier != 0.0 ? 1e-300 : -std::numeric_limits<double>::infinity();
+}
+
+double linear(const UnitMap& from, const UnitMap& to, double lowest, double value) {
+    // In this order of arguments a NaN passes through.
+    return std::max((from.offset + from.scale * value - to.offset) / to.scale, lowest);
 }
 
 double logarithm(const UnitMap& to, double value) {
-    // In this order of arguments a NaN passes through.
-    return to.logMultiplier * std::log10(std::max(value, 1e-300));
+    const double log = std::log10(value);
+    return to.logMultiplier * log; // read behind the call, which would have it saved
 }
 
 [[gnu::always_inline]] inline void linearLoop(UnitMap from, UnitMap to, const double* in, double* out,
                                               std::size_t count) {
+    const double lowest = lowestOf(to);
     for (std::size_t i = 0; i < count; ++i) {
-        out[i] = linear(from, to, in[i]);
+        out[i] = linear(from, to, lowest, in[i]);
     }
 }
 
@@ -41,7 +50,18 @@ double logarithm(const UnitMap& to, double value) {
 }
 #endif
 
-void linearNumbers(const UnitMap& from, const UnitMap& to, const double* in, double* out, std::size_t count) {
+/// How many numbers take the steps together. A loop of their own lets the linear steps be vectorised, which
+/// they are not beside a call of the mathematical library; few enough stay in the first cache.
+constexpr std::size_t kChunk = 64;
+
+/// All steps but the logarithm, for one chunk. `out` may be `in`.
+void convertChunk(const UnitMap& from, const UnitMap& to, const double* in, double* out, std::size_t count) {
+    if (from.logMultiplier != 0.0) {
+        for (std::size_t i = 0; i < count; ++i) {
+            out[i] = powerOfTen(from, in[i]);
+        }
+        in = out;
+    }
 #if defined(__x86_64__)
     if (__builtin_cpu_supports("avx")) {
         return linearLoopAvx(from, to, in, out, count);
@@ -50,37 +70,36 @@ void linearNumbers(const UnitMap& from, const UnitMap& to, const double* in, dou
     linearLoop(from, to, in, out, count);
 }
 
-/// The steps one after the other. A loop of their own lets the linear ones be vectorised, which they are not
-/// beside a call of the mathematical library.
-void convertChunk(const UnitMap& from, const UnitMap& to, const double* in, double* out, std::size_t count) {
-    if (from.logMultiplier != 0.0) {
-        for (std::size_t i = 0; i < count; ++i) {
-            out[i] = powerOfTen(from, in[i]);
-        }
-        in = out;
-    }
-    linearNumbers(from, to, in, out, count);
+/// `count` numbers in a fresh array, which is written once, without being zeroed before.
+std::vector<double> convertedNumbers(const UnitMap& from, const UnitMap& to, const double* in,
+                                     std::size_t count) {
     if (to.logMultiplier != 0.0) {
-        for (std::size_t i = 0; i < count; ++i) {
-            out[i] = logarithm(to, out[i]);
-        }
+        double chunk[kChunk];
+        return generated(count, [&](std::size_t i) {
+            if (i % kChunk == 0) {
+                convertChunk(from, to, in + i, chunk, std::min(kChunk, count - i));
+            }
+            return logarithm(to, chunk[i % kChunk]);
+        });
     }
+    std::vector<double> result;
+    result.reserve(count);
+    double chunk[8 * kChunk];
+    for (std::size_t i = 0; i < count; i += std::size(chunk)) {
+        const std::size_t size = std::min(std::size(chunk), count - i);
+        convertChunk(from, to, in + i, chunk, size);
+        result.insert(result.end(), chunk, chunk + size);
+    }
+    return result;
 }
 
-/// Hands the converted numbers to `take`, a range at a time. The chunk stays in the first cache from step to
-/// step, and a fresh array is written once.
-template <class T, class Take>
-void convertChunks(const UnitMap& from, const UnitMap& to, const T* in, std::size_t count, Take take) {
-    constexpr std::size_t parts = sizeof(T) / sizeof(double);
-    T chunk[512 / parts];
-    while (count > 0) {
-        const std::size_t size = std::min(count, std::size(chunk));
-        convertChunk(from, to, reinterpret_cast<const double*>(in), reinterpret_cast<double*>(chunk),
-                     size * parts);
-        take(chunk, chunk + size);
-        in += size;
-        count -= size;
-    }
+/// A copy that is converted in place.
+std::vector<std::complex<double>> convertedNumbers(const UnitMap& from, const UnitMap& to,
+                                                   const std::complex<double>* in, std::size_t count) {
+    std::vector<std::complex<double>> result(in, in + count);
+    double* const parts = reinterpret_cast<double*>(result.data());
+    convertNumbers(from, to, parts, parts, 2 * count);
+    return result;
 }
 
 template <class T>
@@ -91,16 +110,13 @@ Variant convertAs(const UnitMap& from, const UnitMap& to, Variant&& value) {
     if (count == 0) {
         return emptyArray<T>(source.dataOrdering());
     }
-    if (T* out = claimElements<T>(value, count)) {
-        convertChunks(from, to, out, count,
-                      [&](const T* first, const T* last) { out = std::copy(first, last, out); });
+    if (T* const elements = claimElements<T>(value, count)) {
+        double* const parts = reinterpret_cast<double*>(elements);
+        convertNumbers(from, to, parts, parts, count * sizeof(T) / sizeof(double));
         return std::move(value);
     }
-    std::vector<T> result;
-    result.reserve(count);
-    convertChunks(from, to, source.elements().data(), count,
-                  [&](const T* first, const T* last) { result.insert(result.end(), first, last); });
-    return VariantAccess::make<T>(std::move(result), source.shape(), source.dataOrdering());
+    return VariantAccess::make<T>(convertedNumbers(from, to, source.elements().data(), count), source.shape(),
+                                  source.dataOrdering());
 }
 
 } // namespace
@@ -109,14 +125,24 @@ double convertNumber(const UnitMap& from, const UnitMap& to, double value) noexc
     if (from.logMultiplier != 0.0) {
         value = powerOfTen(from, value);
     }
-    value = linear(from, to, value);
+    value = linear(from, to, lowestOf(to), value);
     return to.logMultiplier != 0.0 ? logarithm(to, value) : value;
 }
 
 void convertNumbers(const UnitMap& from, const UnitMap& to, const double* in, double* out,
                     std::size_t count) noexcept {
-    convertChunks(from, to, in, count,
-                  [&](const double* first, const double* last) { out = std::copy(first, last, out); });
+    const bool isLinear = from.logMultiplier == 0.0 && to.logMultiplier == 0.0;
+    const std::size_t step = isLinear ? count : kChunk;
+    for (std::size_t first = 0; first < count; first += step) {
+        const std::size_t size = std::min(step, count - first);
+        double* const chunk = out + first;
+        convertChunk(from, to, in + first, chunk, size);
+        if (to.logMultiplier != 0.0) {
+            for (std::size_t i = 0; i < size; ++i) {
+                chunk[i] = logarithm(to, chunk[i]);
+            }
+        }
+    }
 }
 
 Variant convertElements(const UnitMap& from, const UnitMap& to, Variant value) {

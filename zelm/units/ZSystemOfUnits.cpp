@@ -1,8 +1,9 @@
 #include <zelm/units/ZSystemOfUnits.h>
 
-#include <algorithm>
+#include <set>
 #include <stdexcept>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 namespace Zelm {
@@ -144,17 +145,16 @@ std::vector<ZUnit> ZSystemOfUnits::GetAllUnits() const {
 
 std::vector<ZUnit> ZSystemOfUnits::GetUnits(const ZUnitType& type) const {
     std::vector<ZUnit> result;
-    // Equal units have equal labels, so only those need a closer look.
-    std::multimap<ZString, const ZUnit*, ByName> seen;
-    for (const auto& entry : units_) {
-        const ZUnit& unit = entry.second;
+    // By what makes units of a quantity equal: comparing each with all others would be quadratic.
+    std::set<std::tuple<ZString, double, double, double>> seen;
+    for (const auto& [name, unit] : units_) {
         if (unit.GetUnitType() != type) {
             continue;
         }
-        const ZString label = unit.GetUnitsLabel();
-        const auto [first, last] = seen.equal_range(label);
-        if (std::none_of(first, last, [&](const auto& other) { return *other.second == unit; })) {
-            seen.emplace(label, &unit);
+        const std::tuple key(unit.GetUnitsLabel(), unit.GetScale(), unit.GetOffset(),
+                             unit.GetLogMultiplier());
+        // A unit with a NaN equals none, and a NaN has no place in an order.
+        if (key != key || seen.insert(key).second) {
             result.push_back(unit);
         }
     }

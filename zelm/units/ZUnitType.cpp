@@ -3,7 +3,9 @@
 #include <zelm/units/ZUnit.h>
 
 #include <cstddef>
+#include <functional>
 #include <stdexcept>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 
@@ -23,13 +25,23 @@ struct SignatureHash {
     }
 };
 
-/// The places in the registry of the entries with a signature, earliest first. Texts with new signatures add
-/// entries, so a search through the registry would make each such text dearer than the one before.
+struct TextHash {
+    std::size_t operator()(const ZString& text) const noexcept {
+        return std::hash<std::string_view>()({text.data(), text.size()});
+    }
+};
+
+// Texts with new signatures add entries to the registry, so a search through it would make each such text,
+// and each unit that is rebuilt, dearer than the one before.
+
+/// The places in the registry of the entries with a signature, earliest first.
 std::unordered_map<ZUnitDimensions, std::vector<std::size_t>, SignatureHash> s_places;
+/// The place of the earliest entry with a reference text.
+std::unordered_map<ZString, std::size_t, TextHash> s_placeOfReference;
 
 } // namespace
 
-// The order of definitions is the order of initialisation: first the index and the registry, then the
+// The order of definitions is the order of initialisation: first the indices and the registry, then the
 // built-in quantities, each of which appends its entry.
 std::vector<ZUnitType> ZUnitType::sm_unitTypes;
 
@@ -50,25 +62,29 @@ const ZUnitType& ZUnitType::Create(ZString name, ZUnitDimensions dimensions, ZSt
     if (referenceSiString.empty()) {
         referenceSiString = dimensions.SIUnitsString();
     }
-    std::vector<std::size_t>& places = s_places[dimensions];
-    places.push_back(sm_unitTypes.size());
+    const std::size_t place = sm_unitTypes.size();
+    sm_unitTypes.push_back(ZUnitType(std::move(name), referenceSiString, dimensions));
+    bool isEarliest = false;
     try {
-        sm_unitTypes.push_back(ZUnitType(std::move(name), std::move(referenceSiString), dimensions));
+        isEarliest = s_placeOfReference.try_emplace(referenceSiString, place).second;
+        s_places[dimensions].push_back(place);
     } catch (...) {
-        places.pop_back();
+        if (isEarliest) {
+            s_placeOfReference.erase(referenceSiString);
+        }
+        sm_unitTypes.pop_back();
         throw;
     }
     return sm_unitTypes.back();
 }
 
 const ZUnitType& ZUnitType::FindByReferenceSiString(const ZString& reference) {
-    for (const ZUnitType& type : sm_unitTypes) {
-        if (type.reference_ == reference) {
-            return type;
-        }
+    const auto found = s_placeOfReference.find(reference);
+    if (found == s_placeOfReference.end()) {
+        throw std::runtime_error(
+            ("Could not find a ZUnitType with reference SI string " + ZStringView(reference)).to_string());
     }
-    throw std::runtime_error(
-        ("Could not find a ZUnitType with reference SI string " + ZStringView(reference)).to_string());
+    return sm_unitTypes[found->second];
 }
 
 std::vector<ZUnitType> ZUnitType::FindCompatibleTypes(const ZUnitDimensions& dimensions) {
