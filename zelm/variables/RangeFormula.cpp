@@ -55,6 +55,9 @@ constexpr std::uint64_t largestExactIndex() {
     }
 }
 
+/// Positions below this one fit into the integers that vector registers convert.
+constexpr std::uint64_t kLongestVectorised = std::uint64_t{1} << 31;
+
 /// `value` as a `To`; clears `exact` if it does not survive.
 template <class To, class From>
 To converted(From value, bool& exact) {
@@ -88,15 +91,15 @@ struct ScalarFormula {
     std::optional<std::vector<Element>> elements(std::uint64_t first, std::uint64_t count) const {
         bool exact = true;
         std::vector<Element> result;
-        if (first + count - 1 > largestExactIndex<Product>()) {
+        if (first + count - 1 > largestExactIndex<Product>() || count > kLongestVectorised) {
             result = generated(count, [&](std::size_t i) {
                 return (*this)(converted<Product>(std::uint64_t{first + i}, exact), exact);
             });
         } else {
-            // Within this range a conversion by way of a signed integer is exact as well, and far cheaper.
-            result = generated(count, [&](std::size_t i) {
-                using Part = RealPartOf<Product>;
-                return (*this)(Product(static_cast<Part>(static_cast<std::int64_t>(first + i))), exact);
+            // Within this range sums of indices are exact as well, and SSE2 converts integers of 32 bits.
+            using Part = RealPartOf<Product>;
+            result = generated(count, [this, &exact, begin = static_cast<Part>(first)](std::size_t i) {
+                return (*this)(Product(begin + static_cast<Part>(static_cast<std::int32_t>(i))), exact);
             });
         }
         if (!exact) {
