@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstddef>
+#include <cstdint>
 #include <exception>
 #include <functional>
 #include <iterator>
@@ -112,6 +114,8 @@ struct Observer {
     virtual void complete() const noexcept = 0;
 
     const composite_subscription lifetime;
+    /// Counts those of a subject, in order of subscription. For the subject alone, under its lock.
+    mutable std::uint64_t number = 0;
 };
 
 template <class T, class OnNext, class OnError, class OnCompleted>
@@ -153,9 +157,10 @@ struct CallbackObserver final : Observer<T> {
     OnCompleted onCompleted;
 };
 
-/// What a subject, its subscribers and its observables share: the list of observers. A list is never changed
-/// but replaced, so that an emission walks its own one without a lock. Replaced lists are dropped outside the
-/// lock: with them may go what observers captured, whose destructors may come back here.
+/// What a subject, its subscribers and its observables share: the list of observers. A list that an emission
+/// has seen is never changed but replaced, so that emissions walk it without a lock; until the next emission
+/// the new one is changed in place. What is dropped is dropped outside the lock: with it may go what
+/// observers captured, whose destructors may come back here.
 template <class T>
 class Hub : public std::enable_shared_from_this<Hub<T>> {
 public:
@@ -165,7 +170,11 @@ public:
 
     static std::shared_ptr<Hub> make(composite_subscription boundTo) {
         auto hub = std::make_shared<Hub>(std::move(boundTo));
-        hub->dropEndedWith(hub->lifetime);
+        hub->lifetime.add([weak = std::weak_ptr<Hub>(hub)] {
+            if (const auto self = weak.lock()) {
+                self->dropAll();
+            }
+        });
         return hub;
     }
 
@@ -174,15 +183,20 @@ public:
         if (!observer->lifetime.is_subscribed()) {
             return;
         }
-        dropEndedWith(observer->lifetime);
-        if (!renewList(observer)) {
+        observer->lifetime.add([hub = this->weak_from_this(), weak = std::weak_ptr(observer)] {
+            const auto owner = hub.lock();
+            if (const ObserverPtr ended = weak.lock(); owner && ended) {
+                owner->drop(*ended);
+            }
+        });
+        if (!join(observer)) {
             completed_ ? observer->complete() : observer->lifetime.unsubscribe();
         }
     }
 
     bool hasObservers() {
         const std::lock_guard<std::mutex> lock(mutex_);
-        return !list_->empty();
+        return list_->size() > gaps_;
     }
 
     /// An observer may destroy the last owner of this hub: nothing of it is touched after they are called.
@@ -191,9 +205,9 @@ public:
             return;
         }
         const auto list = snapshot();
-        for (const ObserverPtr& observer : *list) {
-            if (observer->lifetime.is_subscribed()) {
-                observer->next(value);
+        for (const Entry& entry : *list) {
+            if (entry.isLive()) {
+                entry.observer->next(value);
             }
         }
     }
@@ -203,16 +217,12 @@ public:
         if (!ending.is_subscribed()) {
             return;
         }
-        std::shared_ptr<const List> list = std::make_shared<List>();
-        {
-            const std::lock_guard<std::mutex> lock(mutex_);
-            completed_ = true;
-            list_.swap(list);
-            snapshot_.reset();
-        }
-        for (const ObserverPtr& observer : *list) {
-            if (observer->lifetime.is_subscribed()) {
-                observer->complete();
+        completed_ = true;
+        const auto list = takeAll();
+        snapshot_.reset();
+        for (const Entry& entry : *list) {
+            if (entry.isLive()) {
+                entry.observer->complete();
             }
         }
         ending.unsubscribe();
@@ -221,42 +231,85 @@ public:
     const composite_subscription lifetime;
 
 private:
-    using List = std::vector<ObserverPtr>;
+    /// Empty where an observer was dropped from a list that is changed in place.
+    struct Entry {
+        std::uint64_t number;
+        ObserverPtr observer;
 
-    void dropEndedWith(const composite_subscription& ending) {
-        ending.add([hub = this->weak_from_this()] {
-            if (const auto self = hub.lock()) {
-                self->dropEnded();
-            }
-        });
-    }
+        bool isLive() const noexcept { return observer && observer->lifetime.is_subscribed(); }
+    };
+    using List = std::vector<Entry>;
 
-    /// Where memory is short they stay in the list, silent, until it is next renewed.
-    void dropEnded() noexcept {
-        try {
-            renewList(nullptr);
-        } catch (const std::bad_alloc&) {}
-    }
-
-    /// Replaces the list by one of the observers that have not ended, `joining` the last of them unless it is
-    /// null. Returns whether the subject still takes observers: if not, the list is empty.
-    bool renewList(const ObserverPtr& joining) {
-        const auto list = std::make_shared<List>();
-        std::shared_ptr<const List> replaced = list;
-        const std::lock_guard<std::mutex> lock(mutex_);
-        const bool isOpen = lifetime.is_subscribed() && !completed_;
-        if (isOpen) {
-            const auto hasNotEnded = [](const ObserverPtr& observer) {
-                return observer && observer->lifetime.is_subscribed();
-            };
-            list->reserve(list_->size() + 1);
-            std::copy_if(list_->begin(), list_->end(), std::back_inserter(*list), hasNotEnded);
-            if (hasNotEnded(joining)) {
-                list->push_back(joining);
-            }
+    /// Makes the list one that no emission has seen. Returns the former one if that is another, to be dropped
+    /// outside the lock.
+    std::shared_ptr<List> makeOwn() {
+        if (!isSeen_) {
+            return nullptr;
         }
-        list_.swap(replaced);
-        return isOpen;
+        auto list = std::make_shared<List>();
+        list->reserve(list_->size() + 1);
+        std::copy_if(list_->begin(), list_->end(), std::back_inserter(*list),
+                     [](const Entry& entry) { return entry.isLive(); });
+        isSeen_ = false;
+        gaps_ = 0;
+        list_.swap(list);
+        return list;
+    }
+
+    /// Returns whether the subject still takes observers.
+    bool join(const ObserverPtr& observer) {
+        std::shared_ptr<List> replaced;
+        const std::lock_guard<std::mutex> lock(mutex_);
+        if (!lifetime.is_subscribed() || completed_) {
+            return false;
+        }
+        if (observer->lifetime.is_subscribed()) {
+            replaced = makeOwn();
+            list_->push_back({++lastNumber_, observer});
+            observer->number = lastNumber_;
+        }
+        return true;
+    }
+
+    /// Where memory is short it stays in the list, silent, until that is next replaced.
+    void drop(const Observer<T>& ended) noexcept {
+        std::shared_ptr<List> replaced;
+        const std::lock_guard<std::mutex> lock(mutex_);
+        try {
+            replaced = makeOwn();
+        } catch (const std::bad_alloc&) {
+            return;
+        }
+        const auto place =
+            std::lower_bound(list_->begin(), list_->end(), ended.number,
+                             [](const Entry& entry, std::uint64_t number) { return entry.number < number; });
+        if (place == list_->end() || place->observer.get() != &ended) {
+            return;
+        }
+        // The caller holds it too.
+        place->observer.reset();
+        if (2 * ++gaps_ > list_->size()) {
+            list_->erase(std::remove_if(list_->begin(), list_->end(),
+                                        [](const Entry& entry) { return !entry.observer; }),
+                         list_->end());
+            gaps_ = 0;
+        }
+    }
+
+    /// Leaves an empty list.
+    std::shared_ptr<const List> takeAll() {
+        auto list = std::make_shared<List>();
+        const std::lock_guard<std::mutex> lock(mutex_);
+        list_.swap(list);
+        isSeen_ = false;
+        gaps_ = 0;
+        return list;
+    }
+
+    void dropAll() noexcept {
+        try {
+            takeAll();
+        } catch (const std::bad_alloc&) {}
     }
 
     /// The list that an emission under way walks, or else the present one. For the publisher alone.
@@ -265,12 +318,17 @@ private:
         if (!list) {
             const std::lock_guard<std::mutex> lock(mutex_);
             snapshot_ = list = list_;
+            isSeen_ = true;
         }
         return list;
     }
 
     std::mutex mutex_;
-    std::shared_ptr<const List> list_ = std::make_shared<List>();
+    /// In order of their numbers.
+    std::shared_ptr<List> list_ = std::make_shared<List>();
+    bool isSeen_ = false;
+    std::size_t gaps_ = 0;
+    std::uint64_t lastNumber_ = 0;
     std::weak_ptr<const List> snapshot_;
     std::atomic<bool> completed_{false};
 };
@@ -311,7 +369,7 @@ public:
     /// copyable and const, takes `T` or `const T&`, and returns nothing. `onError` takes a
     /// `std::exception_ptr` and `onCompleted` nothing; the two must not throw. If `lifetime` has ended
     /// nothing is subscribed; if the subject has, this ends `lifetime`, after a call of `onCompleted` if the
-    /// subject was completed. Costs a copy of the list of observers.
+    /// subject was completed. Costs a copy of the list of observers, the first time after an emission.
     template <class OnNext, class OnError = details::NotGiven, class OnCompleted = details::NotGiven>
     composite_subscription subscribe(composite_subscription lifetime, OnNext onNext, OnError onError = {},
                                      OnCompleted onCompleted = {}) const {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <numeric>
 #include <stdexcept>
 #include <unordered_set>
 
@@ -13,7 +14,21 @@ namespace Zelm::Private {
 namespace {
 
 /// Up to here, looking at one child after the other is as fast as a table.
-constexpr std::size_t kLongestScan = 12;
+constexpr std::size_t kLongestScan = 16;
+
+std::size_t extended(std::size_t fingerprint, const std::shared_ptr<ZEntityInterface>& child) {
+    return fingerprint * 31 + reinterpret_cast<std::uintptr_t>(child.get());
+}
+
+std::size_t fingerprintOf(const EntityList& children) {
+    return std::accumulate(children.begin(), children.end(), std::size_t{0}, extended);
+}
+
+std::shared_ptr<ZEntityInterface> scan(const EntityList& children, const ZString& name) {
+    const auto child = std::find_if(children.begin(), children.end(),
+                                    [&](const auto& candidate) { return candidate->name() == name; });
+    return child == children.end() ? nullptr : *child;
+}
 
 /// Entities in entities, folders included, take the call stack: about 1.6 kB a level, several times that
 /// under the sanitizers. No document that can be read back is half as deep.
@@ -44,10 +59,70 @@ bool isLink(const Zelm::ZPropertyTreeNode& node) {
 
 } // namespace
 
-std::shared_ptr<ZEntityInterface> findChildEntity(const EntityList& children, const ZString& name) {
-    const auto child = std::find_if(children.begin(), children.end(),
-                                    [&](const auto& candidate) { return candidate->name() == name; });
-    return child == children.end() ? nullptr : *child;
+std::shared_ptr<ZEntityInterface> ChildNames::find(const EntityList& children, const ZString& name) {
+    auto child = findKnown(children, name);
+    return child || children.size() <= kLongestScan ? child : scan(children, name);
+}
+
+std::shared_ptr<ZEntityInterface> ChildNames::findKnown(const EntityList& children, const ZString& name) {
+    if (children.size() <= kLongestScan) {
+        return scan(children, name);
+    }
+    if (!knows(children)) {
+        learn(children);
+    }
+    const Place place = slotOf(children, name);
+    return place == kFree ? nullptr : children[place];
+}
+
+void ChildNames::append(EntityList& children, const std::shared_ptr<ZEntityInterface>& child) {
+    const bool wasKnown = knows(children);
+    children.push_back(child);
+    if (!wasKnown || 2 * children.size() > places_.size()) {
+        forget();
+        return;
+    }
+    list_ = children.data();
+    count_ = children.size();
+    fingerprint_ = extended(fingerprint_, child);
+    add(children, count_ - 1);
+}
+
+void ChildNames::check(const EntityList& children) noexcept {
+    if (knows(children) && fingerprintOf(children) != fingerprint_) {
+        forget();
+    }
+}
+
+void ChildNames::learn(const EntityList& children) {
+    std::size_t size = 4 * kLongestScan;
+    while (size < 4 * children.size()) {
+        size *= 2;
+    }
+    places_.assign(size, kFree);
+    for (std::size_t place = 0; place < children.size(); ++place) {
+        add(children, place);
+    }
+    list_ = children.data();
+    count_ = children.size();
+    fingerprint_ = fingerprintOf(children);
+}
+
+void ChildNames::add(const EntityList& children, std::size_t place) {
+    if (Place& slot = slotOf(children, children[place]->name()); slot == kFree) {
+        slot = static_cast<Place>(place);
+    }
+}
+
+/// The slot of the first entity of this name, or the free one where it would be.
+ChildNames::Place& ChildNames::slotOf(const EntityList& children, const ZString& name) {
+    std::size_t slot = std::hash<ZString>()(name);
+    while (true) {
+        Place& place = places_[slot++ & (places_.size() - 1)];
+        if (place == kFree || children[place]->name() == name) {
+            return place;
+        }
+    }
 }
 
 void throwChildEntityNotFound(const ZString& name) {
@@ -66,7 +141,8 @@ void detachChildEntities(const EntityList& dropped, const ZEntityInterface* pare
     }
 }
 
-void replaceChildEntities(EntityList& children, EntityList kept, const ZEntityInterface* parent) {
+void replaceChildEntities(EntityList& children, ChildNames& names, EntityList kept,
+                          const ZEntityInterface* parent) {
     if (children == kept) {
         return;
     }
@@ -78,6 +154,7 @@ void replaceChildEntities(EntityList& children, EntityList kept, const ZEntityIn
     std::copy_if(children.begin(), children.end(), std::back_inserter(dropped),
                  [&](const auto& child) { return stay.count(child.get()) == 0; });
     children.swap(kept);
+    names.forget();
     detachChildEntities(dropped, parent);
 }
 
@@ -95,7 +172,7 @@ void ChildEntityPlacement::placeChildrenOf(const ZPropertyHandle& object, Links 
 void ChildEntityPlacement::place(const ZString& name, ZPropertyHandle object) {
     const Descent descent;
     const ZString type = object.getObjectType();
-    if (const auto present = findByName(name); present && present->getObjectType() == type) {
+    if (const auto present = names_.findKnown(children_, name); present && present->getObjectType() == type) {
         present->setState(std::move(object));
         result_.push_back(present);
         return;
@@ -107,29 +184,8 @@ void ChildEntityPlacement::place(const ZString& name, ZPropertyHandle object) {
     }
     const auto child = factory.createEntity(name, std::move(object));
     child->setParent(&parent_);
-    append(child);
+    names_.append(children_, child);
     result_.push_back(child);
-}
-
-std::shared_ptr<ZEntityInterface> ChildEntityPlacement::findByName(const ZString& name) {
-    if (children_.size() <= kLongestScan) {
-        return findChildEntity(children_, name);
-    }
-    if (byName_.empty()) {
-        byName_.reserve(children_.size());
-        for (const auto& child : children_) {
-            byName_.emplace(child->name(), child);
-        }
-    }
-    const auto child = byName_.find(name);
-    return child == byName_.end() ? nullptr : child->second;
-}
-
-void ChildEntityPlacement::append(const std::shared_ptr<ZEntityInterface>& child) {
-    children_.push_back(child);
-    if (!byName_.empty()) {
-        byName_.emplace(child->name(), child);
-    }
 }
 
 } // namespace Zelm::Private

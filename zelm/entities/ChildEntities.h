@@ -5,8 +5,9 @@
 #include <zelm/text/ZString.h>
 #include <zelm/tree/ZGenericObject.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -14,9 +15,41 @@ namespace Zelm::Private {
 
 using EntityList = std::vector<std::shared_ptr<ZEntityInterface>>;
 
-/// The first entity of this name, or null.
-ZELM_EXPORT std::shared_ptr<ZEntityInterface> findChildEntity(const EntityList& children,
-                                                              const ZString& name);
+/// Where the entities of a list stand, by name: a search in a long list asks one or two of them and not one
+/// after the other. Derived classes may change the list without telling: what is found here is looked at, and
+/// what is not is sought in the list itself.
+class ZELM_EXPORT ChildNames {
+public:
+    /// The first entity of this name, or null.
+    std::shared_ptr<ZEntityInterface> find(const EntityList& children, const ZString& name);
+    /// The same where nobody has changed the list but by append() since check().
+    std::shared_ptr<ZEntityInterface> findKnown(const EntityList& children, const ZString& name);
+    void append(EntityList& children, const std::shared_ptr<ZEntityInterface>& child);
+    /// Goes through the list once for changes.
+    void check(const EntityList& children) noexcept;
+    /// To be called when the list becomes another one.
+    void forget() noexcept { places_.clear(); }
+
+private:
+    using Place = std::uint32_t;
+    static constexpr Place kFree = static_cast<Place>(-1);
+
+    bool knows(const EntityList& children) const noexcept {
+        return !places_.empty() && list_ == children.data() && count_ == children.size();
+    }
+    void learn(const EntityList& children);
+    void add(const EntityList& children, std::size_t place);
+    Place& slotOf(const EntityList& children, const ZString& name);
+
+    /// A table open to collisions, at most half full: places in the list, at the hash of the name or behind.
+    /// Empty as long as there is no need for it.
+    std::vector<Place> places_;
+    /// The list as it was seen last, and a number that its entities and their order make.
+    const std::shared_ptr<ZEntityInterface>* list_ = nullptr;
+    std::size_t count_ = 0;
+    std::size_t fingerprint_ = 0;
+};
+
 /// Throws `std::logic_error` `Child "name"  not found`.
 [[noreturn]] ZELM_EXPORT void throwChildEntityNotFound(const ZString& name);
 /// Throws `std::invalid_argument` "Unnamed ZEntity".
@@ -25,14 +58,17 @@ ZELM_EXPORT std::shared_ptr<ZEntityInterface> findChildEntity(const EntityList& 
 /// Ends what ties entities to `parent`, which drops them: somebody else may still hold them.
 ZELM_EXPORT void detachChildEntities(const EntityList& dropped, const ZEntityInterface* parent);
 /// Makes `kept` the children of `parent` and detaches all others. Changes nothing if it throws.
-ZELM_EXPORT void replaceChildEntities(EntityList& children, EntityList kept, const ZEntityInterface* parent);
+ZELM_EXPORT void replaceChildEntities(EntityList& children, ChildNames& names, EntityList kept,
+                                      const ZEntityInterface* parent);
 
 /// Finds or makes the entities for the child objects of a state.
 class ZELM_EXPORT ChildEntityPlacement {
 public:
     /// New entities are appended to `children`, the present ones of `parent`.
-    ChildEntityPlacement(ZEntityInterface& parent, EntityList& children)
-        : parent_(parent), children_(children) {}
+    ChildEntityPlacement(ZEntityInterface& parent, EntityList& children, ChildNames& names)
+        : parent_(parent), children_(children), names_(names) {
+        names.check(children);
+    }
 
     /// Places all children of a state, links as themselves.
     void placeChildrenOf(const ZPropertyHandle& object) { placeChildrenOf(object, Links::AsThemselves); }
@@ -46,14 +82,11 @@ private:
     enum class Links { AsThemselves, SeenThrough };
 
     void placeChildrenOf(const ZPropertyHandle& object, Links links);
-    std::shared_ptr<ZEntityInterface> findByName(const ZString& name);
-    void append(const std::shared_ptr<ZEntityInterface>& child);
 
     ZEntityInterface& parent_;
     EntityList& children_;
+    ChildNames& names_;
     EntityList result_;
-    /// The first child of each name, once there are too many for a search one by one.
-    std::unordered_map<ZString, std::shared_ptr<ZEntityInterface>> byName_;
 };
 
 } // namespace Zelm::Private

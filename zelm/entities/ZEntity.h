@@ -38,8 +38,9 @@ struct ZEntityBody;
 /// this state, under its own name, and the copy in the folder stays as it was: when a later state is applied,
 /// the one whose name comes last in byte order wins.
 ///
-/// Storing a child's new state costs a copy of the list of children at each level up to the root. Objects in
-/// objects more than 1000 levels deep are refused with `std::length_error` "Entities are nested too deeply.".
+/// Storing a child's new state costs the logarithm of the number of children at each level up to the root.
+/// Objects in objects more than 1000 levels deep are refused with `std::length_error` "Entities are nested
+/// too deeply.".
 template <class Derived, class State>
 class ZEntity : public ZEntityInterface {
 public:

@@ -32,6 +32,7 @@ struct ZEntityBody {
     CompositeSubscriberStream<ZGenericObject> stream;
     Private::ZDirty dirty;
     std::vector<std::shared_ptr<ZEntityInterface>> children;
+    Private::ChildNames childNames;
     /// Null for a root.
     ZEntityInterface* parent = nullptr;
     /// Hands new states on to the parent.

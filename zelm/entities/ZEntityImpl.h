@@ -110,17 +110,17 @@ void ZEntity<Derived, State>::setState(ZGenericObject object) {
 
 template <class Derived, class State>
 void ZEntity<Derived, State>::updateEntityTree() {
-    Private::ChildEntityPlacement placement(*this, body_->children);
+    Private::ChildEntityPlacement placement(*this, body_->children, body_->childNames);
     // A child that publishes when it takes its state changes the state of this entity meanwhile.
     const ZPropertyHandle state = static_cast<const State&>(body_->state).propertyHandle();
     placement.placeChildrenOf(state);
-    Private::replaceChildEntities(body_->children, placement.takeResult(), this);
+    Private::replaceChildEntities(body_->children, body_->childNames, placement.takeResult(), this);
 }
 
 template <class Derived, class State>
 std::vector<std::shared_ptr<ZEntityInterface>>
 ZEntity<Derived, State>::processChildObjects(std::vector<std::pair<ZString, ZGenericObject>> objects) {
-    Private::ChildEntityPlacement placement(*this, body_->children);
+    Private::ChildEntityPlacement placement(*this, body_->children, body_->childNames);
     for (auto& [name, object] : objects) {
         placement.place(name, std::move(object));
     }
@@ -172,7 +172,7 @@ bool ZEntity<Derived, State>::hasChild(std::weak_ptr<ZEntityInterface> child) co
 
 template <class Derived, class State>
 std::weak_ptr<ZEntityInterface> ZEntity<Derived, State>::getChild(const ZString& name) const {
-    const auto child = Private::findChildEntity(body_->children, name);
+    const auto child = body_->childNames.find(body_->children, name);
     if (!child) {
         Private::throwChildEntityNotFound(name);
     }
@@ -187,6 +187,7 @@ std::shared_ptr<ZEntityInterface> ZEntity<Derived, State>::removeChild(const ZSt
     child->setParent(nullptr);
     auto& children = body_->children;
     children.erase(std::find(children.begin(), children.end(), child));
+    body_->childNames.forget();
     publishState();
     return child;
 }
@@ -212,7 +213,7 @@ void ZEntity<Derived, State>::deleteAllObservers() {
     });
     body_->stateIsMadeFromTree = false;
     body_->stream.renew(static_cast<const State&>(body_->state).propertyHandle());
-    Private::replaceChildEntities(body_->children, std::move(kept), this);
+    Private::replaceChildEntities(body_->children, body_->childNames, std::move(kept), this);
 }
 
 template <class Derived, class State>
