@@ -56,5 +56,5 @@ TEST(Formatter, SharesItsArgumentsAndAllocatesTheResultAtOnce) {
     const ZString text(std::string("0123456789"));
     ZStringFormatter two = ZStringFormatter("%1,%2").arg(text).arg(text), moved = std::move(two);
     EXPECT_TRUE(text.testing_get_ref_count() == 3 && two.arg(text).toString().empty());
-    EXPECT_EQ(allocationsOf([&] { moved.toString(); }), 2); // the Storage and its characters
+    EXPECT_LE(allocationsOf([&] { moved.toString(); }), 2); // the Storage and its characters
 }

@@ -200,6 +200,8 @@ public:
     static bool testing_release_pimpl(Storage* storage) noexcept;
 
 private:
+    friend ZString operator_add_impl(ZStringView a, ZStringView b);
+
     /// Takes over one reference on `owner`.
     ZString(const char* data, std::size_t length, Storage* owner) noexcept
         : TextRange(data, length), pimpl_(owner) {}
@@ -229,10 +231,15 @@ struct ZELM_EXPORT ZString::Storage {
     Storage(const char* text, std::size_t count) : value(text, count) {}
     explicit Storage(const std::string& text) : value(text) {}
     explicit Storage(std::string&& text) noexcept : value(std::move(text)) {}
+    Storage(std::size_t count, char c) : value(count, c) {}
     /// Copies parent and count verbatim, without taking references: no way to share a Storage.
     Storage(const Storage& other);
     Storage& operator=(const Storage& other);
     ~Storage() { release(parent); }
+
+    /// Each thread keeps the memory of a few for its next ones.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* memory, std::size_t size) noexcept;
 
     void addRef() noexcept {
         if (details::isOnlyThread()) {
