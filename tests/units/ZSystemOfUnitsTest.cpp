@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <map>
 #include <sstream>
 #include <string>
@@ -64,6 +65,15 @@ TEST(ZSystemOfUnits, ListsAQuantity) {
     const std::vector<ZString> angles{"degrees", "rad", "radians", "°"};
     EXPECT_EQ(s_catalogue.GetUnitNames(T::PlaneAngle()), angles);
     EXPECT_EQ(s_catalogue.GetUnits(T::Dimensionless()).size(), 8U); // "dB" and "dB10" are equal
+    const std::pair<const char*, double> forces[] = {
+        {"a", 2.0}, {"b", 2.0}, {"c", 3.0}, {"d", std::nan("")}, {"e", std::nan("")}};
+    for (const auto& [name, scale] : forces) {
+        s_catalogue.InsertUnits(name, ZUnit(T::Force(), "x", scale, 0, 0));
+    }
+    EXPECT_EQ(s_catalogue.GetUnits(T::Force()).size(), 5U); // "a" is "b", and a NaN equals none
+    for (const auto& row : forces) {
+        s_catalogue.RemoveUnits(row.first);
+    }
     const ZUnit own(T::Length(), "cubit", 0.4572, 0, 0);
     EXPECT_EQ(s_catalogue.GetCompatibleUnits(own).size(), 9U);
     EXPECT_EQ(s_catalogue.GetCompatibleUnits(own)[0], own);
