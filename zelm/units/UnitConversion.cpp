@@ -73,21 +73,12 @@ void convertChunk(const UnitMap& from, const UnitMap& to, const double* in, doub
 /// `count` numbers in a fresh array, which is written once, without being zeroed before.
 std::vector<double> convertedNumbers(const UnitMap& from, const UnitMap& to, const double* in,
                                      std::size_t count) {
-    if (to.logMultiplier != 0.0) {
-        double chunk[kChunk];
-        return generated(count, [&](std::size_t i) {
-            if (i % kChunk == 0) {
-                convertChunk(from, to, in + i, chunk, std::min(kChunk, count - i));
-            }
-            return logarithm(to, chunk[i % kChunk]);
-        });
-    }
     std::vector<double> result;
     result.reserve(count);
     double chunk[8 * kChunk];
     for (std::size_t i = 0; i < count; i += std::size(chunk)) {
         const std::size_t size = std::min(std::size(chunk), count - i);
-        convertChunk(from, to, in + i, chunk, size);
+        convertNumbers(from, to, in + i, chunk, size);
         result.insert(result.end(), chunk, chunk + size);
     }
     return result;
