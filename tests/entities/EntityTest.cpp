@@ -73,13 +73,28 @@ TEST(Entity, stands_for_what_lies_in_folders) {
         many = many.insertChild(std::to_string(i), v);
     }
     DocumentEntity root("root", Document(read("{}").insertChild("f", many).insertChild("z", many)));
-    const auto& children = root.body().children;
+    auto& children = root.body().children;
     EXPECT_TRUE(children.size() == 40 && children[19] == children[39] && root.hasChild(children[39]) && !root.hasChild({}));
     const auto independent = Private::findEntity(root, "19/0").lock();
     EXPECT_EQ(independent->getPath(), "/19/0");
     EXPECT_TRUE(independent->isDescendentOf(&root) && !root.isDescendentOf(independent.get()));
     root.setState(Document(read("{}").insertChild("other", root.genericState()).child("other")));
     EXPECT_EQ(root.state().propertyHandle().getName(), "other");
+    // By name the first one is found, whoever changes the list.
+    std::mt19937 numbers(1);
+    for (int round = 0; round < 200; ++round) {
+        const auto place = [&] { return children.begin() + static_cast<long>(numbers() % children.size()); };
+        switch (numbers() % 4) {
+        case 0: std::iter_swap(place(), place()); break;
+        case 1: *place() = std::make_shared<ZVariableEntity>(std::to_string(numbers() % 30), v); break;
+        case 2: children.erase(place()), children.push_back(*place()); break;
+        case 3: root.setState(root.genericState()); break;
+        }
+        for (const auto& child : children) {
+            const auto isNamesake = [&](const auto& other) { return other->name() == child->name(); };
+            EXPECT_EQ(root.getChild(child->name()).lock(), *std::find_if(children.begin(), children.end(), isNamesake));
+        }
+    }
 }
 
 TEST(Entity, dirty_marks_reach_the_document_once_and_survive_the_file) {

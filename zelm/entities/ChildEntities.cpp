@@ -60,8 +60,10 @@ bool isLink(const Zelm::ZPropertyTreeNode& node) {
 } // namespace
 
 std::shared_ptr<ZEntityInterface> ChildNames::find(const EntityList& children, const ZString& name) {
+    check(children);
     auto child = findKnown(children, name);
-    return child || children.size() <= kLongestScan ? child : scan(children, name);
+    // A new entity may lie where a former one lay.
+    return !child && isShared_ ? scan(children, name) : child;
 }
 
 std::shared_ptr<ZEntityInterface> ChildNames::findKnown(const EntityList& children, const ZString& name) {
@@ -89,7 +91,7 @@ void ChildNames::append(EntityList& children, const std::shared_ptr<ZEntityInter
 }
 
 void ChildNames::check(const EntityList& children) noexcept {
-    if (knows(children) && fingerprintOf(children) != fingerprint_) {
+    if (isShared_ && knows(children) && fingerprintOf(children) != fingerprint_) {
         forget();
     }
 }

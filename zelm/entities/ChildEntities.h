@@ -16,19 +16,20 @@ namespace Zelm::Private {
 using EntityList = std::vector<std::shared_ptr<ZEntityInterface>>;
 
 /// Where the entities of a list stand, by name: a search in a long list asks one or two of them and not one
-/// after the other. Derived classes may change the list without telling: what is found here is looked at, and
-/// what is not is sought in the list itself.
+/// after the other.
 class ZELM_EXPORT ChildNames {
 public:
     /// The first entity of this name, or null.
     std::shared_ptr<ZEntityInterface> find(const EntityList& children, const ZString& name);
-    /// The same where nobody has changed the list but by append() since check().
+    /// The same where the list has only been appended to since check().
     std::shared_ptr<ZEntityInterface> findKnown(const EntityList& children, const ZString& name);
     void append(EntityList& children, const std::shared_ptr<ZEntityInterface>& child);
-    /// Goes through the list once for changes.
-    void check(const EntityList& children) noexcept;
     /// To be called when the list becomes another one.
     void forget() noexcept { places_.clear(); }
+    /// From now on the list may be changed without a word: each search looks through it for changes, which is
+    /// still far from asking all for their names.
+    void share() noexcept { isShared_ = true; }
+    void check(const EntityList& children) noexcept;
 
 private:
     using Place = std::uint32_t;
@@ -48,6 +49,7 @@ private:
     const std::shared_ptr<ZEntityInterface>* list_ = nullptr;
     std::size_t count_ = 0;
     std::size_t fingerprint_ = 0;
+    bool isShared_ = false;
 };
 
 /// Throws `std::logic_error` `Child "name"  not found`.

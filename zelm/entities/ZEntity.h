@@ -131,7 +131,10 @@ protected:
     void publishState();
 
     /// Complete in `<zelm/entities/ZEntityImpl.h>`.
-    ZEntityBody<State>& body() const noexcept { return *body_; }
+    ZEntityBody<State>& body() const noexcept {
+        body_->childNames.share();
+        return *body_;
+    }
 
 private:
     /// Whether the metadata say that the entity was dirty when it was saved.
