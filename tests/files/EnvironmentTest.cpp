@@ -32,7 +32,8 @@ const fs::path kBase = kHere / "app";
 struct Process : ::testing::Test {
     Process() {
         fs::create_directory(kHere);
-        ::setenv("TMPDIR", kHere.c_str(), 1);
+        // Two separators in front are no server's name here.
+        ::setenv("TMPDIR", ("/" + kHere.string()).c_str(), 1);
         setScratchDirectoryAppName("app", "");
     }
     ~Process() override { fs::remove_all(kHere); }
