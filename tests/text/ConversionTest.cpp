@@ -174,6 +174,7 @@ TEST(Conversions, CarryTextToUtf16AndBackOrRefuseItAsUtf8CppDoes) {
                       return result;
                   }));
     }
+    EXPECT_EQ(convertUtf16ToZString(std::u16string(40000, u'\x800')).size(), 120000u);
     EXPECT_THROW_MSG(convertZStringToUtf16("a\xFF"), utf8::invalid_utf8, "Invalid UTF-8");
     EXPECT_THROW_MSG(convertZStringToUtf16("\xED\xA0\x80"), utf8::invalid_code_point, "Invalid code point");
     EXPECT_THROW_MSG(convertZStringToUtf16(ZString("\xC2\xB5").left(1)), utf8::not_enough_room,

@@ -81,6 +81,10 @@ TEST(Search, AgreesOnLongNeedlesThatNearlyMatch) {
         ASSERT_EQ(ours.starts_with_ignore_case(needle), folded.starts_with(lower(needle)));
         ASSERT_EQ(ours.ends_with_ignore_case(needle), folded.ends_with(lower(needle)));
     }
+    for (std::size_t before = 0; before < 300; ++before) {
+        const ZString text(std::string(before, '.') + "aXb.");
+        ASSERT_TRUE(text.find("aXb") == before && text.find_ignore_case("AxB") == before);
+    }
 }
 
 // Trying each position would take minutes here.
