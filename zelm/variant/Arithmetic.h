@@ -1,5 +1,6 @@
 #pragma once
 
+#include <zelm/variant/RoomForElements.h>
 #include <zelm/variant/VariantAccess.h>
 
 #include <cstddef>
@@ -14,8 +15,8 @@
 /// page faults of a fresh result cost more than its arithmetic.
 namespace Zelm::details {
 
-/// Random access to `function(0)`, `function(1)`, ...: a std::vector built from a range of these is written
-/// once, without being zeroed before. `function` outlives the iterator.
+/// Random access to `function(0)`, `function(1)`, ...: a std::vector that is given a range of these is
+/// written once, without being zeroed before. `function` outlives the iterator.
 template <class Function>
 class GeneratingIterator {
 public:
@@ -31,6 +32,10 @@ public:
     reference operator*() const { return (*function_)(index_); }
     GeneratingIterator& operator++() noexcept {
         ++index_;
+        return *this;
+    }
+    GeneratingIterator& operator--() noexcept {
+        --index_;
         return *this;
     }
     GeneratingIterator operator++(int) noexcept {
@@ -61,7 +66,9 @@ private:
 template <class Function>
 auto generated(std::size_t count, Function function) {
     using Iterator = GeneratingIterator<Function>;
-    return std::vector<typename Iterator::value_type>(Iterator(function, 0), Iterator(function, count));
+    auto elements = roomForElements<typename Iterator::value_type>(count);
+    elements.assign(Iterator(function, 0), Iterator(function, count));
+    return elements;
 }
 
 /// The number of elements that the shape of a storage says. Throws `std::out_of_range` "Offset out of bounds"

@@ -3,6 +3,7 @@
 #include <zelm/variant/ConversionKernels.h>
 #include <zelm/variant/ElementConversion.h>
 #include <zelm/variant/ObjectConversion.h>
+#include <zelm/variant/RoomForElements.h>
 
 #include <algorithm>
 #include <array>
@@ -53,8 +54,7 @@ struct NumberArray {
 template <class To>
 std::vector<StoredElement<To>> convertNumbers(const NumberArray& from, const NumberConversion& convert) {
     std::array<StoredElement<To>, NumberConversion::kLongestRun> run;
-    std::vector<StoredElement<To>> to;
-    to.reserve(from.count);
+    auto to = roomForElements<StoredElement<To>>(from.count);
     while (to.size() < from.count) {
         const std::size_t count = std::min(from.count - to.size(), run.size());
         if (!convert(from.at(to.size()), run.data(), count)) {

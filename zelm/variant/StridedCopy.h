@@ -1,6 +1,7 @@
 #pragma once
 
 #include <zelm/arrays/SlicePlan.h>
+#include <zelm/variant/RoomForElements.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -65,7 +66,7 @@ std::vector<Element> gather(const Element* source, const SlicePlan& plan) {
     // Runs below this length cost less element by element, with zeros written before, than as parts of the
     // vector.
     constexpr std::uint64_t kShortRun = 8;
-    std::vector<Element> selected;
+    auto selected = roomForElements<Element>(plan.size());
     if (std::is_trivially_copyable_v<Element> && plan.firstRunLength() < kShortRun) {
         selected.resize(plan.size());
         Element* out = selected.data();
@@ -77,7 +78,6 @@ std::vector<Element> gather(const Element* source, const SlicePlan& plan) {
         });
         return selected;
     }
-    selected.reserve(plan.size());
     plan.forEachRun([&](const IndexRun& run) {
         const Element* first = source + run.first;
         if (run.step == 1) {

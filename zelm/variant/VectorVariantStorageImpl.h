@@ -6,6 +6,7 @@
 #include <zelm/arrays/SlicePlan.h>
 #include <zelm/variant/Conversion.h>
 #include <zelm/variant/NestedStorages.h>
+#include <zelm/variant/RoomForElements.h>
 #include <zelm/variant/StridedCopy.h>
 #include <zelm/variant/Transposition.h>
 #include <zelm/variant/VariantAccess.h>
@@ -56,7 +57,8 @@ void VectorVariantStorage<T>::convertDataOrdering(DataOrdering ordering) {
     }
     const TranspositionPlan plan(dims_, ordering_);
     if (!plan.isIdentity()) {
-        std::vector<Element> target(data_.size());
+        auto target = roomForElements<Element>(data_.size());
+        target.resize(data_.size());
         transpose(data_.data(), target.data(), plan);
         const auto tail = static_cast<std::ptrdiff_t>(count);
         std::move(data_.begin() + tail, data_.end(), target.begin() + tail);
