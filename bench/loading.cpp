@@ -143,7 +143,7 @@ const Comparison exactDoubles = besideRapidJson<kExact>("load 10^6 doubles / rap
 const Comparison inexactDoubles = besideRapidJson<rapidjson::kParseDefaultFlags, Anything>(
     "load 10^6 doubles / rapidjson, last bits wrong", kNoGoal, doubles);
 const Comparison nodes = besideRapidJson<kExact>("load 10 000 small nodes / rapidjson", 2.0, smallNodes);
-const Comparison complexNumbers = besideRapidJson<kExact>("load 10^6 complex / rapidjson", 0.5, [] {
+const Comparison complexNumbers = besideRapidJson<kExact>("load 10^6 complex / rapidjson", 0.6, [] {
     return array<std::complex<double>>(
         1000000, [](std::size_t i) { return std::complex<double>(fraction(i), -fraction(i)); });
 });
