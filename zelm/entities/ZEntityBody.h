@@ -32,7 +32,6 @@ struct ZEntityBody {
     CompositeSubscriberStream<ZGenericObject> stream;
     Private::ZDirty dirty;
     std::vector<std::shared_ptr<ZEntityInterface>> children;
-    Private::ChildNames childNames;
     /// Null for a root.
     ZEntityInterface* parent = nullptr;
     /// Hands new states on to the parent.
@@ -44,6 +43,7 @@ struct ZEntityBody {
     /// Whether all of `state` was made from its tree, so that making it again would change nothing.
     bool stateIsMadeFromTree = false;
     Private::EntityActivities activities;
+    Private::ChildNames childNames;
 };
 
 } // namespace Zelm
