@@ -1,6 +1,7 @@
 #include <zelm/units/UnitConversion.h>
 
 #include <zelm/variant/Arithmetic.h>
+#include <zelm/variant/RoomForElements.h>
 
 #include <algorithm>
 #include <cmath>
@@ -70,26 +71,21 @@ void convertChunk(const UnitMap& from, const UnitMap& to, const double* in, doub
     linearLoop(from, to, in, out, count);
 }
 
-/// `count` numbers in a fresh array, which is written once, without being zeroed before.
-std::vector<double> convertedNumbers(const UnitMap& from, const UnitMap& to, const double* in,
-                                     std::size_t count) {
-    std::vector<double> result;
-    result.reserve(count);
-    double chunk[8 * kChunk];
+/// The number of doubles in an element.
+template <class T>
+constexpr std::size_t kParts = sizeof(T) / sizeof(double);
+
+/// `count` elements in a fresh array, which is written once, without being zeroed before.
+template <class T>
+std::vector<T> convertedElements(const UnitMap& from, const UnitMap& to, const T* in, std::size_t count) {
+    std::vector<T> result = roomForElements<T>(count);
+    T chunk[8 * kChunk];
     for (std::size_t i = 0; i < count; i += std::size(chunk)) {
         const std::size_t size = std::min(std::size(chunk), count - i);
-        convertNumbers(from, to, in + i, chunk, size);
+        convertNumbers(from, to, reinterpret_cast<const double*>(in + i), reinterpret_cast<double*>(chunk),
+                       size * kParts<T>);
         result.insert(result.end(), chunk, chunk + size);
     }
-    return result;
-}
-
-/// A copy that is converted in place.
-std::vector<std::complex<double>> convertedNumbers(const UnitMap& from, const UnitMap& to,
-                                                   const std::complex<double>* in, std::size_t count) {
-    std::vector<std::complex<double>> result(in, in + count);
-    double* const parts = reinterpret_cast<double*>(result.data());
-    convertNumbers(from, to, parts, parts, 2 * count);
     return result;
 }
 
@@ -103,11 +99,11 @@ Variant convertAs(const UnitMap& from, const UnitMap& to, Variant&& value) {
     }
     if (T* const elements = claimElements<T>(value, count)) {
         double* const parts = reinterpret_cast<double*>(elements);
-        convertNumbers(from, to, parts, parts, count * sizeof(T) / sizeof(double));
+        convertNumbers(from, to, parts, parts, count * kParts<T>);
         return std::move(value);
     }
-    return VariantAccess::make<T>(convertedNumbers(from, to, source.elements().data(), count), source.shape(),
-                                  source.dataOrdering());
+    return VariantAccess::make<T>(convertedElements(from, to, source.elements().data(), count),
+                                  source.shape(), source.dataOrdering());
 }
 
 } // namespace
