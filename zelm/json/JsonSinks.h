@@ -5,9 +5,9 @@
 
 #include <json/json.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <vector>
 
 namespace Zelm::details {
@@ -61,23 +61,20 @@ private:
     }
     template <std::size_t N>
     void word(const char (&text)[N]) {
-        char* const out = text_.room(N);
-        std::memcpy(out, text, N - 1);
-        out[N - 1] = ',';
-        text_.endAt(out + N);
+        char* const end = std::copy_n(text, N - 1, text_.room(N));
+        *end = ',';
+        text_.endAt(end + 1);
     }
     void append(const char* bytes, std::size_t count) {
-        char* const out = text_.room(count);
-        std::memcpy(out, bytes, count);
-        text_.endAt(out + count);
+        text_.endAt(std::copy_n(bytes, count, text_.room(count)));
     }
     void writeQuoted(const char* text, std::size_t length, char follower) {
-        char* const out = text_.room(length + 3);
-        out[0] = '"';
-        std::memcpy(out + 1, text, length);
-        out[length + 1] = '"';
-        out[length + 2] = follower;
-        text_.endAt(out + length + 3);
+        char* out = text_.room(length + 3);
+        *out++ = '"';
+        out = std::copy_n(text, length, out);
+        *out++ = '"';
+        *out++ = follower;
+        text_.endAt(out);
     }
     void writeEscaped(ZStringView text, const char* escape);
 
