@@ -56,7 +56,7 @@ SlicePlan::SlicePlan(const std::vector<IndexSet>& indexSets, const ArrayDimensio
         largestOffset_ = 0;
         return;
     }
-    if (sliceOrdering == RowMajor) {
+    if (sliceOrdering != RowMajor) {
         std::reverse(axes_.begin(), axes_.end());
     }
     joinAxes();
@@ -87,17 +87,18 @@ void SlicePlan::joinAxes() {
     if (axes_.empty()) {
         return;
     }
-    auto last = axes_.begin();
-    for (auto axis = last + 1; axis != axes_.end(); ++axis) {
-        const bool canJoin = last->isOneRun() && axis->isOneRun();
-        if (canJoin && join(*last->begin(), *axis->begin())) {
+    auto joined = axes_.end() - 1;
+    for (auto axis = joined; axis != axes_.begin();) {
+        --axis;
+        const bool canJoin = joined->isOneRun() && axis->isOneRun();
+        if (canJoin && join(*joined->begin(), *axis->begin())) {
             continue;
         }
-        if (++last != axis) {
-            *last = std::move(*axis);
+        if (--joined != axis) {
+            *joined = std::move(*axis);
         }
     }
-    axes_.erase(last + 1, axes_.end());
+    axes_.erase(axes_.begin(), joined);
 }
 
 } // namespace Zelm::details

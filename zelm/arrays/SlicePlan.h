@@ -40,7 +40,7 @@ public:
 
     /// The length of the first run that forEachRun() will visit; the others are as long but for irregular
     /// slices.
-    std::uint64_t firstRunLength() const noexcept { return axes_.empty() ? 1 : axes_.front().begin()->count; }
+    std::uint64_t firstRunLength() const noexcept { return axes_.empty() ? 1 : axes_.back().begin()->count; }
 
     /// Calls `visit(const IndexRun&)` with runs of source offsets that together are the elements of the
     /// slice, in the slice's own ordering. Each run has at least one element.
@@ -54,7 +54,7 @@ public:
         } else if (axes_.size() == 1) {
             visitFastest(origin_, visit);
         } else {
-            visitSlower(axes_.size() - 1, origin_, visit);
+            visitSlower(0, origin_, visit);
         }
     }
 
@@ -70,8 +70,8 @@ private:
         for (const IndexRun& run : axes_[axis]) {
             std::uint64_t next = origin + run.first;
             for (std::uint64_t i = 0; i < run.count; ++i, next += run.step) {
-                if (axis > 1) {
-                    visitSlower(axis - 1, next, visit);
+                if (axis + 2 < axes_.size()) {
+                    visitSlower(axis + 1, next, visit);
                 } else {
                     visitFastest(next, visit);
                 }
@@ -81,7 +81,7 @@ private:
 
     template <class Visit>
     void visitFastest(std::uint64_t origin, Visit& visit) const {
-        for (const IndexRun& run : axes_.front()) {
+        for (const IndexRun& run : axes_.back()) {
             visit(IndexRun{origin + run.first, run.step, run.count});
         }
     }
@@ -91,7 +91,7 @@ private:
     std::uint64_t size_ = 0;
     std::uint64_t origin_ = 0;
     std::uint64_t largestOffset_ = 0;
-    /// The loops, the fastest first: each is the offsets that it adds. The size of one that was joined is not
+    /// The loops, the slowest first: each is the offsets that it adds. The size of one that was joined is not
     /// kept.
     std::vector<IndexSelection> axes_;
 };

@@ -11,8 +11,8 @@ namespace Zelm::details {
 
 void requestLargePages([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t bytes) noexcept {
 #ifdef __linux__
-    // Two large pages of the usual size: one of them lies whole inside, wherever the memory begins.
-    constexpr std::size_t kWorthTheCall = std::size_t{4} << 20;
+    // One large page of the usual size lies inside at this size every other time, at 4 MB always.
+    constexpr std::size_t kWorthTheCall = std::size_t{3} << 20;
     if (bytes < kWorthTheCall) {
         return;
     }

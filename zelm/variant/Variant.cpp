@@ -26,6 +26,14 @@ bool isSoundScalar(const AbstractVariantStorage& storage) {
     return details::elementCountOf(storage) == 1 && details::shapeOf(&storage).isScalar();
 }
 
+/// The elements of a slice, and the shape, which is taken from the plan.
+template <class T>
+Variant selected(const Variant& value, details::SlicePlan& plan) {
+    const details::VectorVariantStorage<T>& source = *VariantAccess::typed<T>(value);
+    auto elements = source.select(plan);
+    return VariantAccess::make<T>(std::move(elements), std::move(plan).dimensions(), source.dataOrdering());
+}
+
 } // namespace
 
 Variant::Variant() noexcept : storage(details::sharedNullStorage()), compare(&details::compareNullStorages) {}
@@ -71,21 +79,15 @@ Variant Variant::convertedTo(WellKnownType type) const {
 Variant Variant::slice(const std::vector<IndexSet>& indexSets) const {
     const DataOrdering ordering = dataOrdering();
     details::SlicePlan plan(indexSets, VariantAccess::shape(*this), ordering, ordering);
-    std::shared_ptr<AbstractVariantStorage> selected;
-    details::StorageComparison* comparison = nullptr;
-    details::visitElementType(wellKnownType(), [&](auto tag) {
-        using T = typename decltype(tag)::type;
-        if (plan.isValid()) {
-            auto elements = VariantAccess::typed<T>(*this)->select(plan);
-            selected = std::make_shared<details::VectorVariantStorage<T>>(
-                std::move(elements), std::move(plan).dimensions(), ordering);
-            comparison = &details::compareStorages<T>;
-        }
-    });
-    if (!selected) {
+    Variant (*make)(const Variant&, details::SlicePlan&) = nullptr;
+    if (plan.isValid()) {
+        details::visitElementType(wellKnownType(),
+                                  [&make](auto tag) { make = &selected<typename decltype(tag)::type>; });
+    }
+    if (!make) {
         throw std::invalid_argument("Array slice invalid");
     }
-    return Variant(std::move(selected), comparison);
+    return make(*this, plan);
 }
 
 void Variant::assignSlice(const std::vector<IndexSet>& indexSets, Variant value) {
