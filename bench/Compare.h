@@ -64,7 +64,7 @@ private:
         return [make](benchmark::State& state) {
             auto action = make();
             for (auto _ : state) {
-                auto result = action();
+                const auto result = action();
                 benchmark::DoNotOptimize(result);
             }
         };

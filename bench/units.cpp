@@ -5,7 +5,6 @@
 
 #include <zelm/units/ZUnit.h>
 #include <zelm/units/ZUnitConverter.h>
-#include <zelm/variables/ZVariable.h>
 #include <zelm/variant/Variant.h>
 #include <zelm/variant/VariantAccess.h>
 
@@ -145,44 +144,6 @@ const Comparison fromDecibels("10^6 values from dB(mW) to mW / udunits from dBm"
                               converted("dB(mW)", "mW", levels), convertedByUdunits("dBm", "mW", levels),
                               nearElements);
 #endif
-
-const Comparison rangeElement(
-    "element of a range / 340 dependent additions", 1.0,
-    [] {
-        const ZVariable range(Variant(1.0), kCount, Variant(0.5), ZUnit::FromSiString("Hz"));
-        std::size_t i = 0;
-        return [=]() mutable { return range[i++ % kCount]; };
-    },
-    [] {
-        // About 200 ns on the machine of docs/performance.md, which is what an element may cost there.
-        double step = 0.5;
-        benchmark::DoNotOptimize(step);
-        return [=] {
-            double sum = 1.0;
-            for (int i = 0; i < 340; ++i) {
-                sum += step;
-            }
-            return sum;
-        };
-    },
-    Anything());
-
-const Comparison rangeArray(
-    "range of 10^6 materialised / plain fill", 3.0,
-    [] {
-        const ZVariable range(Variant(1.0), kCount, Variant(0.5), ZUnit::FromSiString("Hz"));
-        return [=] { return range.dataInStoredUnit(); };
-    },
-    [] {
-        return [=] {
-            std::vector<double> result(kCount);
-            for (std::size_t i = 0; i < kCount; ++i) {
-                result[i] = 1.0 + static_cast<double>(i) * 0.5;
-            }
-            return result;
-        };
-    },
-    sameElements);
 
 } // namespace
 } // namespace Zelm::Bench

@@ -187,13 +187,18 @@ const Comparison transposition(
     [] { return [a = eigenSquare(1000)] { return Matrix(a.transpose()); }; },
     [](const double* ours, const Matrix& peer) { return std::equal(ours, ours + peer.size(), peer.data()); });
 
+ZVariable range() {
+    return ZVariable(Variant(1.0), 1000000, Variant(0.5), ZUnit::FromSiString("Hz"));
+}
+
+const Comparison rangeElement = Comparison::withLimit(
+    "element of a range / 200 ns", 200, [] { return [range = range()] { return range[765432]; }; },
+    [](const Variant& element) { return element.isIdenticalTo(Variant(1.0 + 765432 * 0.5)); });
+
 #ifdef ZELM_BENCH_XTENSOR
 const Comparison rangeToArray(
     "range of 10^6 to an array / xtensor arange", 1.1,
-    [] {
-        const ZVariable range(Variant(1.0), 1000000, Variant(0.5), ZUnit::FromSiString("Hz"));
-        return [=] { return range.dataInStoredUnit(); };
-    },
+    [] { return [range = range()] { return range.dataInStoredUnit(); }; },
     [] {
         return [] {
             const xt::xtensor<double, 1> result = xt::arange(1.0, 500001.0, 0.5);

@@ -2,6 +2,7 @@
 # Installs the Debian packages that are still missing for a purpose:
 #   build  library and examples        test   build, and GoogleTest
 #   check  test, and clang with its tools    bench  build, and the benchmark library with the peers measured beside ours
+#   cost   build, and what measures a build
 # Asks apt-get only when something is missing, through sudo unless run as root.
 set -euo pipefail
 
@@ -15,8 +16,9 @@ bench)
     packages+=(libbenchmark-dev libeigen3-dev libxtensor-dev rapidjson-dev nlohmann-json3-dev libsimdjson-dev
         libudunits2-dev libabsl-dev qtbase5-dev)
     ;;
+cost) packages+=(time) ;;
 *)
-    echo "usage: $0 [build|test|check|bench]" >&2
+    echo "usage: $0 [build|test|check|bench|cost]" >&2
     exit 1
     ;;
 esac

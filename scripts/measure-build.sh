@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Builds the library from nothing and prints what that costs, as a table for docs/performance.md. Times are CPU
-# time of user and system together, which other work on the machine disturbs less than the clock. Needs GNU time
-# (Debian: time).
+# time of user and system together, which other work on the machine disturbs less than the clock.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+scripts/install-dependencies.sh cost
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
