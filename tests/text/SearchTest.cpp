@@ -129,6 +129,7 @@ TEST(ReplaceAndTrim, AgreeWithChangingOneByOne) {
     }
     ZString text("aXbxc");
     EXPECT_EQ(text.replace(text, text + text), "aXbxcaXbxc");
+    EXPECT_EQ(text.replace("X", ZString()).replace_ignore_case("X", ZStringView()), "abc");
 }
 
 TEST(Access, ThrowsBehindTheEndAlone) {

@@ -58,7 +58,7 @@ ZString replaced(const ZString& text, std::size_t matchLength, ZStringView to, F
         copyPiece(text.data() + kept, between, std::min(text.size() - kept, result.size() - size),
                   result.data() + size);
         size += between;
-        copyPiece(to.data(), to.size(), 0, result.data() + size);
+        std::copy(to.begin(), to.end(), result.data() + size);
         size += to.size();
         kept = std::min(match + matchLength, text.size());
         match = find(kept);
