@@ -21,6 +21,9 @@
 #ifdef ZELM_BENCH_SIMDJSON
 #include <simdjson.h>
 #endif
+#ifdef ZELM_BENCH_NLOHMANN_JSON
+#include <nlohmann/json.hpp>
+#endif
 
 namespace Zelm::Bench {
 namespace {
@@ -185,6 +188,16 @@ const Comparison nodesByDom(
         };
     },
     Anything());
+
+#endif
+#ifdef ZELM_BENCH_NLOHMANN_JSON
+
+const Comparison nodesByNlohmann(
+    "load 10 000 small nodes / nlohmann::json", kNoGoal, [] { return loading(smallNodes())(); },
+    [] { return [source = smallNodes()] { return nlohmann::json::parse(source); }; },
+    [](const ZPropertyHandle& ours, const nlohmann::json& peer) {
+        return nlohmann::json::parse(text(ours)) == peer;
+    });
 
 #endif
 
