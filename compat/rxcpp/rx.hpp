@@ -217,8 +217,10 @@ public:
         if (!ending.is_subscribed()) {
             return;
         }
+        // First, as it may fail: then nothing has been completed.
+        auto list = std::make_shared<List>();
         completed_ = true;
-        const auto list = takeAll();
+        exchangeAll(list);
         snapshot_.reset();
         for (const Entry& entry : *list) {
             if (entry.isLive()) {
@@ -296,19 +298,19 @@ private:
         }
     }
 
-    /// Leaves an empty list.
-    std::shared_ptr<const List> takeAll() {
-        auto list = std::make_shared<List>();
+    /// Leaves the empty `list` and gives back the present one in it.
+    void exchangeAll(std::shared_ptr<List>& list) noexcept {
         const std::lock_guard<std::mutex> lock(mutex_);
         list_.swap(list);
         isSeen_ = false;
         gaps_ = 0;
-        return list;
     }
 
+    /// Where memory is short they stay in the list, silent, as long as that lives.
     void dropAll() noexcept {
         try {
-            takeAll();
+            auto list = std::make_shared<List>();
+            exchangeAll(list);
         } catch (const std::bad_alloc&) {}
     }
 

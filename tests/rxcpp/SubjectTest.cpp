@@ -1,5 +1,7 @@
 #include <rxcpp/rx.hpp>
 
+#include <support/Allocations.h>
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -8,6 +10,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <new>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -189,6 +192,24 @@ TEST(SubjectFormsTest, ObserversAndSubscribersOfEveryForm) {
     subscriber<std::string>(plain).unsubscribe();
     EXPECT_FALSE(typed.is_subscribed() || plain.is_subscribed() || bound.is_subscribed());
 }
+
+#ifndef RXCPP_RX_HPP // RxCpp itself makes no such promise.
+TEST(SubjectMemoryTest, CompletionThatFindsNoMemoryHasDoneNothing) {
+    const subject<int> source;
+    std::string log;
+    const auto subscribe = [&](const std::string& name) {
+        source.get_observable().subscribe([&log, name](int) { log += name; }, [](std::exception_ptr) {},
+                                          [&log] { log += "."; });
+    };
+    subscribe("a");
+    Zelm::Testing::failAllocationAfter(0);
+    EXPECT_THROW(source.get_subscriber().on_completed(), std::bad_alloc);
+    subscribe("b");
+    source.get_subscriber().on_next(1);
+    source.get_subscriber().on_completed();
+    EXPECT_EQ("ab..", log);
+}
+#endif
 
 TEST(SubjectThreadTest, OnePublisherAndManyWhoComeAndGo) {
     const subject<int> source;
