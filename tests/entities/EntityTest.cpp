@@ -5,6 +5,7 @@
 #include <limits>
 #include <new>
 #include <random>
+#include <type_traits>
 
 using namespace Zelm;
 using namespace Zelm::Testing;
@@ -80,7 +81,8 @@ TEST(Entity, stands_for_what_lies_in_folders) {
     EXPECT_TRUE(independent->isDescendentOf(&root) && !root.isDescendentOf(independent.get()));
     root.setState(Document(read("{}").insertChild("other", root.genericState()).child("other")));
     EXPECT_EQ(root.state().propertyHandle().getName(), "other");
-    // By name the first one is found, whoever changes the list.
+    // By name, which nobody changes, the first one is found, whoever changes the list.
+    static_assert(std::is_const_v<decltype(root.body().name)>);
     std::mt19937 numbers(1);
     for (int round = 0; round < 200; ++round) {
         const auto place = [&] { return children.begin() + static_cast<long>(numbers() % children.size()); };

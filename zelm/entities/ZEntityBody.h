@@ -36,8 +36,8 @@ struct ZEntityBody {
     ZEntityInterface* parent = nullptr;
     /// Hands new states on to the parent.
     rxcpp::composite_subscription parentSubscription = rxcpp::composite_subscription::empty();
-    /// Not empty.
-    ZString name;
+    /// Not empty. Never another one: parents keep note of where a name stands in their list.
+    const ZString name;
 
     ZEntityInterface* owner;
     /// Whether all of `state` was made from its tree, so that making it again would change nothing.

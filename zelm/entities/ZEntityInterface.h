@@ -45,6 +45,7 @@ public:
     virtual bool isDescendentOf(ZEntityInterface* other) const = 0;
     /// Cuts the links here and below that lead to entities outside of `root`.
     virtual void removeExternalLinks(ZEntityInterface* root) = 0;
+    /// The same for the whole life of the entity.
     virtual ZString name() const = 0;
     virtual ZString getObjectType() const = 0;
     /// "/" for a root, "/a/b" for the child "b" of its child "a"; the name of the root is no part of it.

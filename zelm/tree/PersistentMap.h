@@ -13,7 +13,7 @@
 namespace Zelm::Private {
 
 /// An ordered map whose copies share what they have in common: a copy costs one count, and a change of one
-/// copies no more than a chunk of entries for each level, whatever the size; the other does not notice.
+/// copies no more than a few chunks for each level, whatever the size; the other does not notice.
 ///
 /// It is a B+-tree. Leaves hold the entries; forks above them hold leaves or forks, all of one height, and
 /// for each but the first a key that bounds what lies below it. Chunks are counted. One that nobody else
