@@ -17,11 +17,21 @@ void append(std::vector<std::uint64_t>& list, const IndexRun& run) {
     run.writeTo(list.data() + before);
 }
 
-void append(std::vector<std::uint64_t>& list, const IndexItem& item, std::uint64_t extent) {
+/// What an item selects whose class is known; a step of 0 for all others.
+IndexRun runOfKnown(const IndexItem& item, std::uint64_t extent) {
+    if (const auto* range = exactly<IndexRange>(item)) {
+        return runOf(*range, extent);
+    }
     if (const auto* value = exactly<IndexValue>(item)) {
-        list.push_back(value->offset(extent));
-    } else if (const auto* range = exactly<IndexRange>(item)) {
-        append(list, runOf(*range, extent));
+        return {value->offset(extent), 1, 1};
+    }
+    return {0, 0, 0};
+}
+
+void append(std::vector<std::uint64_t>& list, const IndexItem& item, std::uint64_t extent) {
+    const IndexRun run = runOfKnown(item, extent);
+    if (run.step != 0) {
+        append(list, run);
     } else {
         const std::vector<std::uint64_t> indices = item.values(extent);
         list.insert(list.end(), indices.begin(), indices.end());
@@ -62,7 +72,7 @@ IndexRun runOf(const IndexRange& range, std::uint64_t extent) {
         throwVectorTooLong();
     }
     // The count is meant to wrap: it is 0 for a whole dimension of extent 0 and for a start one past the end.
-    const std::uint64_t count = (last - first) / range.step + 1;
+    const std::uint64_t count = (range.step == 1 ? last - first : (last - first) / range.step) + 1;
     if (count == 0) {
         return {first, range.step, 0};
     }
@@ -72,18 +82,13 @@ IndexRun runOf(const IndexRange& range, std::uint64_t extent) {
     return {first, range.step, count};
 }
 
-IndexSelection::IndexSelection(const IndexSet& set, std::uint64_t extent) {
-    if (set.items_.size() == 1) {
-        const IndexItem& item = *set.items_.front();
-        if (const auto* value = exactly<IndexValue>(item)) {
-            setOnly({value->offset(extent), 1, 1});
-            return;
-        }
-        if (const auto* range = exactly<IndexRange>(item)) {
-            setOnly(runOf(*range, extent));
-            return;
-        }
+IndexSelection::IndexSelection(const IndexSet& set, std::uint64_t extent)
+    : only_(set.items_.size() == 1 ? runOfKnown(*set.items_.front(), extent) : IndexRun{0, 0, 0}),
+      size_(only_.count) {
+    if (only_.step != 0) {
+        return;
     }
+    only_ = IndexRun();
     std::vector<std::uint64_t> indices;
     for (const auto& item : set.items_) {
         append(indices, *item, extent);

@@ -67,8 +67,8 @@ private:
     void setSorted(const std::vector<std::uint64_t>& indices);
 
     IndexRun only_;
+    std::uint64_t size_;
     std::vector<IndexRun> runs_;
-    std::uint64_t size_ = 0;
 };
 
 } // namespace Zelm::details

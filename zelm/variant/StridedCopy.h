@@ -66,9 +66,8 @@ std::vector<Element> gather(const Element* source, const SlicePlan& plan) {
     // Runs below this length cost less element by element, with zeros written before, than as parts of the
     // vector.
     constexpr std::uint64_t kShortRun = 8;
-    auto selected = roomForElements<Element>(plan.size());
     if (std::is_trivially_copyable_v<Element> && plan.firstRunLength() < kShortRun) {
-        selected.resize(plan.size());
+        std::vector<Element> selected(plan.size());
         Element* out = selected.data();
         plan.forEachRun([&](const IndexRun& run) {
             const Element* first = source + run.first;
@@ -78,6 +77,7 @@ std::vector<Element> gather(const Element* source, const SlicePlan& plan) {
         });
         return selected;
     }
+    auto selected = roomForElements<Element>(plan.size());
     plan.forEachRun([&](const IndexRun& run) {
         const Element* first = source + run.first;
         if (run.step == 1) {
