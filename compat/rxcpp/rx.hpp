@@ -205,11 +205,13 @@ public:
             return;
         }
         const auto list = snapshot();
+        ++list->walks;
         for (const Entry& entry : *list) {
             if (entry.isLive()) {
                 entry.observer->next(value);
             }
         }
+        --list->walks;
     }
 
     void complete() {
@@ -240,7 +242,10 @@ private:
 
         bool isLive() const noexcept { return observer && observer->lifetime.is_subscribed(); }
     };
-    using List = std::vector<Entry>;
+    struct List : std::vector<Entry> {
+        /// Emissions under way. For the publisher alone.
+        mutable int walks = 0;
+    };
 
     /// Makes the list one that no emission has seen. Returns the former one if that is another, to be dropped
     /// outside the lock.
@@ -317,7 +322,8 @@ private:
     /// The list that an emission under way walks, or else the present one. For the publisher alone.
     std::shared_ptr<const List> snapshot() {
         std::shared_ptr<const List> list = snapshot_.lock();
-        if (!list) {
+        // One that is just being replaced may be held without an emission.
+        if (!list || list->walks == 0) {
             const std::lock_guard<std::mutex> lock(mutex_);
             snapshot_ = list = list_;
             isSeen_ = true;

@@ -233,13 +233,19 @@ TEST(SubjectThreadTest, OnePublisherAndManyWhoComeAndGo) {
         });
     }
     int published = 0;
+    int missed = 0;
     while (running > 0) {
+        bool told = false;
+        const auto lifetime = source.get_observable().subscribe([&told](int) { told = true; });
         source.get_subscriber().on_next(++published);
+        lifetime.unsubscribe();
+        missed += told ? 0 : 1;
     }
     for (std::thread& thread : threads) {
         thread.join();
     }
     EXPECT_EQ(published, stayed);
+    EXPECT_EQ(0, missed);
 }
 
 } // namespace
