@@ -205,13 +205,12 @@ public:
             return;
         }
         const auto list = snapshot();
-        ++list->walks;
+        const Walk walk(*list);
         for (const Entry& entry : *list) {
             if (entry.isLive()) {
                 entry.observer->next(value);
             }
         }
-        --list->walks;
     }
 
     void complete() {
@@ -245,6 +244,17 @@ private:
     struct List : std::vector<Entry> {
         /// Emissions under way. For the publisher alone.
         mutable int walks = 0;
+    };
+    /// One emission, until it ends or an observer throws.
+    class Walk {
+    public:
+        explicit Walk(const List& list) noexcept : list_(list) { ++list_.walks; }
+        Walk(const Walk&) = delete;
+        Walk& operator=(const Walk&) = delete;
+        ~Walk() { --list_.walks; }
+
+    private:
+        const List& list_;
     };
 
     /// Makes the list one that no emission has seen. Returns the former one if that is another, to be dropped
@@ -322,8 +332,8 @@ private:
     /// The list that an emission under way walks, or else the present one. For the publisher alone.
     std::shared_ptr<const List> snapshot() {
         std::shared_ptr<const List> list = snapshot_.lock();
-        // One that is just being replaced may be held without an emission.
-        if (!list || list->walks == 0) {
+        // One that was replaced may be held without an emission.
+        if (!list || (list->walks == 0 && !isSeen_)) {
             const std::lock_guard<std::mutex> lock(mutex_);
             snapshot_ = list = list_;
             isSeen_ = true;
@@ -334,7 +344,8 @@ private:
     std::mutex mutex_;
     /// In order of their numbers.
     std::shared_ptr<List> list_ = std::make_shared<List>();
-    bool isSeen_ = false;
+    /// Whether the present list is that of the last emission. Written under the lock.
+    std::atomic<bool> isSeen_{false};
     std::size_t gaps_ = 0;
     std::uint64_t lastNumber_ = 0;
     std::weak_ptr<const List> snapshot_;
