@@ -24,6 +24,26 @@ inline bool isOnlyThread() noexcept {
 #endif
 }
 
+/// Counts one more owner, without a locked instruction while there is one thread.
+template <class Count>
+void addOwner(std::atomic<Count>& owners) noexcept {
+    if (isOnlyThread()) {
+        owners.store(owners.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+    } else {
+        owners.fetch_add(1);
+    }
+}
+/// Counts one owner less and tells whether it was the last.
+template <class Count>
+bool removeOwner(std::atomic<Count>& owners) noexcept {
+    if (isOnlyThread()) {
+        const Count before = owners.load(std::memory_order_relaxed);
+        owners.store(before - 1, std::memory_order_relaxed);
+        return before == 1;
+    }
+    return owners.fetch_sub(1) == 1;
+}
+
 } // namespace details
 
 /// The library's text: a view of characters (UTF-8 by convention) and a counted, shared owner of them.
@@ -241,13 +261,7 @@ struct ZELM_EXPORT ZString::Storage {
     static void* operator new(std::size_t size);
     static void operator delete(void* memory, std::size_t size) noexcept;
 
-    void addRef() noexcept {
-        if (details::isOnlyThread()) {
-            ref_count.store(ref_count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
-        } else {
-            ref_count.fetch_add(1);
-        }
-    }
+    void addRef() noexcept { details::addOwner(ref_count); }
     /// Gives back one reference; the last one destroys the Storage and gives back that on its parent in turn.
     void decRef() noexcept {
         if (dropsLastRef()) {
@@ -273,14 +287,7 @@ struct ZELM_EXPORT ZString::Storage {
     std::atomic<std::int32_t> ref_count{1};
 
 private:
-    bool dropsLastRef() noexcept {
-        if (details::isOnlyThread()) {
-            const std::int32_t before = ref_count.load(std::memory_order_relaxed);
-            ref_count.store(before - 1, std::memory_order_relaxed);
-            return before == 1;
-        }
-        return ref_count.fetch_sub(1) == 1;
-    }
+    bool dropsLastRef() noexcept { return details::removeOwner(ref_count); }
     static void destroy(Storage* storage) noexcept;
 };
 

@@ -156,23 +156,8 @@ private:
             : height(static_cast<std::uint8_t>(ownHeight)), capacity(static_cast<std::uint8_t>(ownCapacity)) {
         }
 
-        void addReference() noexcept {
-            if (Zelm::details::isOnlyThread()) {
-                references.store(references.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
-            } else {
-                references.fetch_add(1, std::memory_order_relaxed);
-            }
-        }
-        bool dropsLastReference() noexcept {
-            if (isHeldOnce()) {
-                return true;
-            }
-            if (Zelm::details::isOnlyThread()) {
-                references.store(references.load(std::memory_order_relaxed) - 1, std::memory_order_relaxed);
-                return false;
-            }
-            return references.fetch_sub(1, std::memory_order_acq_rel) == 1;
-        }
+        void addReference() noexcept { Zelm::details::addOwner(references); }
+        bool dropsLastReference() noexcept { return isHeldOnce() || Zelm::details::removeOwner(references); }
         /// Acquire: what other holders have read before they let go has to come before our writing.
         bool isHeldOnce() const noexcept { return references.load(std::memory_order_acquire) == 1; }
 
